@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <boost/url/parse.hpp>
+#include <boost/url/url_view.hpp>
+#include <network/uri.hpp>
+
+#include <utility>
+
+namespace network
+{
+
+uri_syntax_error::uri_syntax_error()
+    : std::system_error(std::make_error_code(std::errc::invalid_argument), "Unable to parse URI string.")
+{
+}
+
+uri_syntax_error::~uri_syntax_error() = default;
+
+void uri::parse(std::string text)
+{
+    const auto parsed = boost::urls::parse_uri_reference(text);
+    if (!parsed) {
+        throw uri_syntax_error();
+    }
+    const boost::urls::url_view& url = *parsed;
+    const auto part = [&text](bool present, std::string_view piece) {
+        return present ? Part{static_cast<std::size_t>(piece.data() - text.data()), piece.size(), true}
+                       : Part{};
+    };
+    scheme_ = part(url.has_scheme(), url.scheme());
+    authority_ = part(url.has_authority(), url.encoded_authority());
+    userInfo_ = part(url.has_userinfo(), url.encoded_userinfo());
+    host_ = part(url.has_authority(), url.encoded_host());
+    port_ = part(url.has_port(), url.port());
+    path_ = part(!url.encoded_path().empty(), url.encoded_path());
+    query_ = part(url.has_query(), url.encoded_query());
+    fragment_ = part(url.has_fragment(), url.encoded_fragment());
+    text_ = std::move(text);
+}
+
+} // namespace network

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ProfileFiles.hpp"
+
+#include <plex/Transport.hpp>
+#include <plex/common/Properties.hpp>
+#include <plex/common/SharedLibrary.hpp>
+#include <plex/dds/DdsPlex.hpp>
+#include <plex/dds/DdsUriHelper.hpp>
+#include <plex/dds/ProfileName.hpp>
+#include <plex/ps/internal/fastdds.hpp>
+
+#include <boost/algorithm/string/replace.hpp>
+#include <boost/core/demangle.hpp>
+#include <fastdds/dds/domain/DomainParticipant.hpp>
+#include <fastdds/dds/domain/DomainParticipantFactory.hpp>
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
+
+#include <sstream>
+
+namespace ovra::plex
+{
+
+namespace dds = eprosima::fastdds::dds;
+
+namespace
+{
+
+Plex::Properties merged(const Plex::Properties& winning, const Plex::Properties& defaults)
+{
+    Plex::Properties result = winning;
+    result.insert(defaults.begin(), defaults.end());
+    return result;
+}
+
+std::vector<std::string> moduleDirectories(const Plex::Properties& properties)
+{
+    std::istringstream list(util::findProperty(properties, "dds.module.path").value_or(""));
+    std::vector<std::string> directories;
+    for (std::string directory; std::getline(list, directory, ':');) {
+        if (!directory.empty()) {
+            directories.push_back(directory);
+        }
+    }
+    return directories;
+}
+
+/// Where the factory of a value type `module::Type` stands.
+LibrarySymbol factorySymbol(const std::string& kind, const std::type_info& valueType)
+{
+    const std::string name = boost::core::demangle(valueType.name());
+    const auto separator = name.rfind("::");
+    if (separator == std::string::npos) {
+        throw PlexException("Value type " + name + " belongs to no interface module: it has no namespace");
+    }
+    const std::string module = boost::replace_all_copy(name.substr(0, separator), "::", "_");
+    return {"libplex-dds-" + module + ".so",
+            "generated_dds_" + kind + "_" + module + "_" + name.substr(separator + 2)};
+}
+
+/// Deletes a participant, and what was left in it, through the factory, which it keeps alive.
+class ParticipantDeleter
+{
+public:
+    void operator()(dds::DomainParticipant* participant) const noexcept
+    {
+        participant->delete_contained_entities();
+        const auto code = ps::internal::code(factory_->delete_participant(participant));
+        if (code != ps::internal::RETCODE_OK) {
+            LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("plexDdsPlex"),
+                            "Failed to delete participant code:" << code);
+        }
+    }
+
+private:
+    std::shared_ptr<dds::DomainParticipantFactory> factory_ =
+        dds::DomainParticipantFactory::get_shared_instance();
+};
+
+/// @param profile empty for the default QoS.
+std::shared_ptr<dds::DomainParticipant> createParticipant(std::uint32_t domain, const std::string& profile)
+{
+    ParticipantDeleter deleter;
+    auto* const factory = dds::DomainParticipantFactory::get_instance();
+    auto* const participant = profile.empty()
+                                  ? factory->create_participant(domain, dds::PARTICIPANT_QOS_DEFAULT)
+                                  : factory->create_participant_with_profile(domain, profile);
+    if (participant == nullptr) {
+        const std::string message = "Failed to create participant for domain " + std::to_string(domain) +
+                                    (profile.empty() ? "" : " with profile:" + profile);
+        LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("plexDdsPlex"), message);
+        throw PlexException(message);
+    }
+    return {participant, std::move(deleter)};
+}
+
+} // namespace
+
+DdsPlex::DdsPlex(Properties properties) : properties_(std::move(properties)) {}
+
+DdsPlex::~DdsPlex() = default;
+
+std::shared_ptr<dds::DomainParticipant> DdsPlex::getDomainParticipant(const Uri& uri,
+                                                                      const Properties& properties)
+{
+    DdsUriHelper::checkUri(uri, true);
+    const Properties settings = merged(properties, properties_);
+    if (const auto file = util::findProperty(settings, "dds.qos.profile.file")) {
+        loadProfileFileOnce(*file);
+    }
+    const bool usesProfiles = settings.count("dds.qos.profile.library") != 0;
+    const ParticipantKey key{DdsUriHelper::domain(uri, settings),
+                             usesProfiles ? getProfileNameByProfileType(ProfileType::Participant, settings)
+                                          : ""};
+
+    const std::lock_guard lock(mutex_);
+    auto& known = participants_[key];
+    auto participant = known.lock();
+    if (!participant) {
+        participant = createParticipant(key.first, key.second);
+        known = participant;
+    }
+    return participant;
+}
+
+Plex::Factory DdsPlex::findFactory(const std::string& kind, const std::type_info& valueType,
+                                   const std::string& /*scheme*/, const Properties& properties)
+{
+    Properties settings = merged(properties, properties_);
+    auto* const function = loadFunction(factorySymbol(kind, valueType), moduleDirectories(settings));
+    return {function, shared_from_this(), std::move(settings)};
+}
+
+} // namespace ovra::plex
+
+extern "C" PLEX_EXPORT ovra::plex::Plex*
+plex_create_transport_dds(const ovra::plex::Plex::Properties& properties);
+
+ovra::plex::Plex* plex_create_transport_dds(const ovra::plex::Plex::Properties& properties)
+{
+    return new ovra::plex::DdsPlex(properties);
+}

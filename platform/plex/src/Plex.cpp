@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <plex/Plex.hpp>
+#include <plex/Transport.hpp>
+#include <plex/common/SharedLibrary.hpp>
+
+#include <mutex>
+
+namespace ovra::plex
+{
+
+namespace
+{
+
+/// The instance that an application holds: hands each call to the transport that the scheme names.
+class TransportSelector final : public Plex
+{
+public:
+    explicit TransportSelector(Properties properties) : properties_(std::move(properties)) {}
+
+protected:
+    Factory findFactory(const std::string& kind, const std::type_info& valueType, const std::string& scheme,
+                        const Properties& properties) override
+    {
+        return findFactoryOf(*transport(scheme), kind, valueType, scheme, properties);
+    }
+
+private:
+    std::shared_ptr<Plex> transport(const std::string& scheme)
+    {
+        const std::string name = scheme.substr(0, scheme.find('+'));
+        if (name.empty()) {
+            throw PlexException("Uri names no transport: it has no scheme");
+        }
+        const std::lock_guard lock(mutex_);
+        auto& known = transports_[name];
+        if (!known) {
+            known = open(name, scheme);
+        }
+        return known;
+    }
+
+    std::shared_ptr<Plex> open(const std::string& name, const std::string& scheme) const
+    {
+        try {
+            const auto create = reinterpret_cast<CreateTransport>(
+                loadFunction({"libplex-" + name + ".so", "plex_create_transport_" + name}, {}));
+            return std::shared_ptr<Plex>(create(properties_));
+        } catch (const PlexException& error) {
+            throw PlexException("No transport for Uri scheme \"" + scheme + "\": " + error.what());
+        }
+    }
+
+    const Properties properties_;
+    std::mutex mutex_; ///< guards transports_; held while a transport library is loaded
+    std::map<std::string, std::shared_ptr<Plex>> transports_;
+};
+
+} // namespace
+
+std::shared_ptr<Plex> Plex::create(const Properties& properties)
+{
+    return std::make_shared<TransportSelector>(properties);
+}
+
+Plex::Plex() = default;
+
+Plex::~Plex() = default;
+
+Plex::Factory Plex::findFactoryOf(Plex& transport, const std::string& kind, const std::type_info& valueType,
+                                  const std::string& scheme, const Properties& properties)
+{
+    return transport.findFactory(kind, valueType, scheme, properties);
+}
+
+std::string Plex::schemeOf(const Uri& uri)
+{
+    const auto scheme = uri.scheme();
+    return {scheme.begin(), scheme.end()};
+}
+
+} // namespace ovra::plex
