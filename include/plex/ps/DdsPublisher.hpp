@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/Publisher.hpp>
+#include <plex/ps/internal/DdsBasePubSub.hpp>
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace ovra::plex::ps
+{
+
+/// Publishes values on one DDS topic.
+///
+/// Applications never see it: they hold a DdsPublisherDelegator, so that instance publishers can share it.
+/// Threads: as the contract says; publish() takes no lock of its own. Ownership: owns its DDS publisher and
+/// writer, shares the topic.
+template <class T, class ST>
+class DdsPublisher : public internal::DdsBasePubSub<T, ST>, public Publisher<T>
+{
+public:
+    /// Makes all DDS entities.
+    /// @throws PlexException when the URI or a property is bad or an entity cannot be made; nothing is left
+    ///         behind then.
+    DdsPublisher(const Uri& uri, const qos::QoSList& qos, const Plex::Properties& properties,
+                 const internal::ParticipantPointer& participant, std::shared_ptr<Plex> plex);
+    ~DdsPublisher() override;
+
+    std::shared_ptr<Plex> getPlex() const override;
+
+    /// @throws IllegalStateException always: only a delegator makes instance publishers.
+    std::unique_ptr<InstancePublisher<T>> createInstancePublisher(const T& instance) override;
+
+    void publish(const T& value, const std::chrono::milliseconds& timeout) override;
+    void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
+    std::shared_ptr<T> createDataEntity() override;
+
+    /// Closes the instance publishers, then gives back the writer and the topic. From two threads at once
+    /// it closes once; both return when it is done.
+    void close() override;
+
+private:
+    void createDdsEntities();
+    void checkTimeout(const std::chrono::milliseconds& timeout) const;
+    void checkWritten(internal::ReturnCode result) const;
+
+    log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsPublisher");
+    const std::int64_t waitForAckTimeoutMs_;
+    std::shared_ptr<internal::dds::Topic> topic_;
+    std::shared_ptr<internal::dds::Publisher> publisher_;
+    std::shared_ptr<internal::dds::DataWriter> writer_;
+    const std::shared_ptr<Plex> plex_;
+    std::mutex closeMutex_; ///< held while closing; taken before everything else
+};
+
+/// What an application holds: forwards every call to a publisher that it shares with its instance
+/// publishers.
+template <class T, class ST>
+class DdsPublisherDelegator : public Publisher<T>
+{
+public:
+    /// @throws PlexException when property "dds.wait_for_ack.timeout_ms" is no number.
+    DdsPublisherDelegator(std::shared_ptr<DdsPublisher<T, ST>> impl, const Plex::Properties& properties);
+
+    std::shared_ptr<Plex> getPlex() const override;
+    std::unique_ptr<InstancePublisher<T>> createInstancePublisher(const T& instance) override;
+    void publish(const T& value, const std::chrono::milliseconds& timeout) override;
+    void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
+    std::shared_ptr<T> createDataEntity() override;
+    void close() override;
+
+private:
+    const std::shared_ptr<DdsPublisher<T, ST>> impl_;
+    const std::int64_t waitForAckTimeoutMs_; ///< for the instance publishers
+};
+
+} // namespace ovra::plex::ps
+
+#include <plex/ps/detail/DdsPublisher.inl>

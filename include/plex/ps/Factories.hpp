@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/dds/DdsPlex.hpp>
+#include <plex/ps/DdsPublisher.hpp>
+#include <plex/ps/DdsSubscriber.hpp>
+
+#include <memory>
+
+/// What a module's exported factory functions call, one line each.
+namespace ovra::plex::ps
+{
+
+namespace internal
+{
+
+/// The DDS transport's instance behind a middleware instance.
+/// @throws PlexException when there is none, or it is not the DDS transport's.
+inline DdsPlex& ddsPlex(const std::shared_ptr<Plex>& plex)
+{
+    if (!plex) {
+        throw PlexException("No middleware instance given to a factory of the DDS transport");
+    }
+    auto* const transport = dynamic_cast<DdsPlex*>(plex.get());
+    if (transport == nullptr) {
+        throw PlexException("The middleware instance given to a factory of the DDS transport is not its own");
+    }
+    return *transport;
+}
+
+} // namespace internal
+
+/// A new publisher; the caller owns it. @throws PlexException as DdsPublisher and DdsPlex.
+template <class T, class ST>
+Publisher<T>* createDdsPublisher(const std::shared_ptr<Plex>& plex, const Uri& uri, const qos::QoSList& qos,
+                                 const Plex::Properties& properties)
+{
+    const auto participant = internal::ddsPlex(plex).getDomainParticipant(uri, properties);
+    auto publisher = std::make_shared<DdsPublisher<T, ST>>(uri, qos, properties, participant, plex);
+    return new DdsPublisherDelegator<T, ST>(std::move(publisher), properties);
+}
+
+/// A new subscriber; the caller owns it. @throws PlexException as DdsSubscriber and DdsPlex.
+template <class T, class ST>
+Subscriber<T>* createDdsSubscriber(const std::shared_ptr<Plex>& plex, const Uri& uri, const qos::QoSList& qos,
+                                   const Plex::Properties& properties)
+{
+    const auto participant = internal::ddsPlex(plex).getDomainParticipant(uri, properties);
+    return new DdsSubscriberDelegator<T, ST>(DdsSubscriber<T, ST>::create(uri, qos, properties, participant));
+}
+
+} // namespace ovra::plex::ps

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <utility>
+
+namespace ovra::plex::ps
+{
+
+/// One loaned sample and the reader that it goes back to, also when the subscriber was closed meanwhile.
+template <class T, class ST>
+class DdsSubscriber<T, ST>::DdsLoanedDataEntity final : public LoanedDataEntity<T>
+{
+public:
+    DdsLoanedDataEntity(std::shared_ptr<DdsSubscriber> owner, ReaderPointer reader)
+        : owner_(std::move(owner))
+        , reader_(std::move(reader))
+    {
+    }
+
+    DdsLoanedDataEntity(const DdsLoanedDataEntity&) = delete;
+    DdsLoanedDataEntity& operator=(const DdsLoanedDataEntity&) = delete;
+
+    ~DdsLoanedDataEntity() override
+    {
+        try {
+            close();
+        } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): returnLoan() has logged it
+        }
+    }
+
+    T& getData() override { return *value_; }
+
+    void close() override
+    {
+        if (closed_) {
+            return;
+        }
+        owner_->returnLoan(*reader_, samples_);
+        closed_ = true;
+        reader_.reset();
+    }
+
+    Samples& samples() { return samples_; }
+
+    void view(DdsType& sample) { value_.emplace(sample, ovra::plex::icd::dds::Borrow{}); }
+
+private:
+    Samples samples_;
+    std::shared_ptr<DdsSubscriber> owner_;
+    ReaderPointer reader_; ///< deleted with the last loan where the subscriber was closed
+    std::optional<ST> value_;
+    bool closed_ = false;
+};
+
+} // namespace ovra::plex::ps

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/ps/DataEntities.hpp>
+#include <plex/ps/internal/Publishing.hpp>
+
+#include <utility>
+
+namespace ovra::plex::ps
+{
+
+template <class T, class ST>
+DdsPublisher<T, ST>::DdsPublisher(const Uri& uri, const qos::QoSList& qos, const Plex::Properties& properties,
+                                  const internal::ParticipantPointer& participant, std::shared_ptr<Plex> plex)
+    : internal::DdsBasePubSub<T, ST>(uri, qos, properties, participant)
+    , waitForAckTimeoutMs_(internal::waitForAckTimeoutMs(properties))
+    , plex_(std::move(plex))
+{
+    createDdsEntities();
+    this->state_ = internal::EntityState::Initialized;
+    LOG4CPLUS_TRACE(logger_, "Publisher for " << uri.string() << " created");
+}
+
+template <class T, class ST>
+DdsPublisher<T, ST>::~DdsPublisher()
+{
+    DdsPublisher::close();
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::createDdsEntities()
+{
+    constexpr std::int32_t historyDepth = 1000;
+    const internal::PublisherTexts texts{logger_, "Publisher waiting for acknowledgment failed",
+                                         "Writer waiting for acknowledgment failed", waitForAckTimeoutMs_};
+    topic_ = internal::holdTopic(this->participant_, this->createTopic().first, logger_,
+                                 "Failed to delete topic for dds publisher");
+    publisher_ = internal::holdPublisher(this->participant_, this->createPublisher(), texts);
+    writer_ = internal::holdWriter(publisher_,
+                                   this->createWriter(*publisher_, *topic_, logger_, historyDepth), texts);
+}
+
+template <class T, class ST>
+std::shared_ptr<Plex> DdsPublisher<T, ST>::getPlex() const
+{
+    return plex_;
+}
+
+template <class T, class ST>
+std::unique_ptr<InstancePublisher<T>> DdsPublisher<T, ST>::createInstancePublisher(const T& /*instance*/)
+{
+    throw IllegalStateException("Not implemented");
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout) const
+{
+    if (timeout.count() < 0) {
+        throw PlexException(internal::withUri("Negative timeout given to publish", this->uri_));
+    }
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::checkWritten(internal::ReturnCode result) const
+{
+    if (result != internal::RETCODE_OK) {
+        internal::failWithErrMsg(
+            logger_, internal::withCode(
+                         internal::withUri("Writer failed to write for dds publisher", this->uri_), result));
+    }
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::publish(const T& value, const std::chrono::milliseconds& timeout)
+{
+    this->checkState();
+    checkTimeout(timeout);
+    const ST& adapter = obtainImpl<T, ST>(value, logger_);
+    checkWritten(
+        internal::code(writer_->write(internal::asSample(&adapter.wire()), internal::dds::HANDLE_NIL)));
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value,
+                                  const std::chrono::milliseconds& timeout)
+{
+    this->checkState();
+    checkTimeout(timeout);
+    const internal::Time_t time = internal::toSourceTime(sourceTimestamp);
+    const ST& adapter = obtainImpl<T, ST>(value, logger_);
+    checkWritten(internal::code(
+        writer_->write_w_timestamp(internal::asSample(&adapter.wire()), internal::dds::HANDLE_NIL, time)));
+}
+
+template <class T, class ST>
+std::shared_ptr<T> DdsPublisher<T, ST>::createDataEntity()
+{
+    this->checkState();
+    return createDataEntityInternal<T, ST>();
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::close()
+{
+    const std::lock_guard closing(closeMutex_);
+    if (this->state_ == internal::EntityState::Closed) {
+        return;
+    }
+    writer_.reset();
+    topic_.reset();
+    this->state_ = internal::EntityState::Closed;
+}
+
+template <class T, class ST>
+DdsPublisherDelegator<T, ST>::DdsPublisherDelegator(std::shared_ptr<DdsPublisher<T, ST>> impl,
+                                                    const Plex::Properties& properties)
+    : impl_(std::move(impl))
+    , waitForAckTimeoutMs_(internal::waitForAckTimeoutMs(properties))
+{
+}
+
+template <class T, class ST>
+std::shared_ptr<Plex> DdsPublisherDelegator<T, ST>::getPlex() const
+{
+    return impl_->getPlex();
+}
+
+template <class T, class ST>
+std::unique_ptr<InstancePublisher<T>> DdsPublisherDelegator<T, ST>::createInstancePublisher(const T& instance)
+{
+    return impl_->createInstancePublisher(instance);
+}
+
+template <class T, class ST>
+void DdsPublisherDelegator<T, ST>::publish(const T& value, const std::chrono::milliseconds& timeout)
+{
+    impl_->publish(value, timeout);
+}
+
+template <class T, class ST>
+void DdsPublisherDelegator<T, ST>::publish(double sourceTimestamp, const T& value,
+                                           const std::chrono::milliseconds& timeout)
+{
+    impl_->publish(sourceTimestamp, value, timeout);
+}
+
+template <class T, class ST>
+std::shared_ptr<T> DdsPublisherDelegator<T, ST>::createDataEntity()
+{
+    return impl_->createDataEntity();
+}
+
+template <class T, class ST>
+void DdsPublisherDelegator<T, ST>::close()
+{
+    impl_->close();
+}
+
+} // namespace ovra::plex::ps

@@ -1,0 +1,396 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/ps/DataEntities.hpp>
+#include <plex/ps/detail/DdsLoanedDataEntity.inl>
+
+#include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
+
+#include <utility>
+
+namespace ovra::plex::ps
+{
+
+template <class T, class ST>
+std::shared_ptr<DdsSubscriber<T, ST>>
+DdsSubscriber<T, ST>::create(const Uri& uri, const qos::QoSList& qos, const Plex::Properties& properties,
+                             const internal::ParticipantPointer& participant)
+{
+    auto subscriber = std::make_shared<DdsSubscriber>(uri, qos, properties, participant);
+    subscriber->createReader();
+    subscriber->state_ = internal::EntityState::Initialized;
+    LOG4CPLUS_TRACE(subscriber->logger_, "Subscriber for " << uri.string() << " created");
+    return subscriber;
+}
+
+template <class T, class ST>
+DdsSubscriber<T, ST>::DdsSubscriber(const Uri& uri, const qos::QoSList& qos,
+                                    const Plex::Properties& properties,
+                                    const internal::ParticipantPointer& participant)
+    : internal::DdsBasePubSub<T, ST>(uri, qos, properties, participant)
+{
+    topic_ = internal::holdTopic(this->participant_, this->createTopic().first, logger_,
+                                 internal::withUri("Failed to delete topic for dds subscriber", this->uri_));
+}
+
+template <class T, class ST>
+DdsSubscriber<T, ST>::~DdsSubscriber()
+{
+    if (this->state_ != internal::EntityState::Closed) {
+        DdsSubscriber::close();
+    }
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::createReader()
+{
+    subscriber_ = createReadersSubscriber();
+    reader_ = internal::holdReader(subscriber_, topic_, createDataReader(*subscriber_), logger_,
+                                   "Failed to delete a DDS data reader for dds subscriber");
+}
+
+template <class T, class ST>
+std::shared_ptr<internal::dds::Subscriber> DdsSubscriber<T, ST>::createReadersSubscriber()
+{
+    internal::dds::Subscriber* subscriber = nullptr;
+    if (this->getQosLibraryName() != nullptr) {
+        const auto profile = getProfileNameByProfileType(ProfileType::Subscriber, this->properties_);
+        subscriber = this->participant_->create_subscriber_with_profile(profile, nullptr,
+                                                                        internal::dds::StatusMask::all());
+        if (subscriber == nullptr) {
+            internal::fail(logger_, "Failed to create subscriber with profile:" + profile);
+        }
+    } else {
+        subscriber = this->participant_->create_subscriber(internal::dds::SubscriberQos(), nullptr,
+                                                           internal::dds::StatusMask::all());
+        if (subscriber == nullptr) {
+            internal::fail(logger_, "Failed to create subscriber");
+        }
+    }
+    return internal::holdSubscriber(this->participant_, subscriber, logger_,
+                                    "Failed to delete a DDS subscriber for dds subscriber");
+}
+
+template <class T, class ST>
+internal::dds::DataReader* DdsSubscriber<T, ST>::createDataReader(internal::dds::Subscriber& subscriber)
+{
+    using internal::dds::StatusMask;
+    if (this->getQosLibraryName() != nullptr) {
+        const auto profile = getProfileNameByProfileType(ProfileType::Reader, this->properties_);
+        auto* const reader =
+            subscriber.create_datareader_with_profile(topic_.get(), profile, nullptr, StatusMask::all());
+        if (reader == nullptr) {
+            internal::fail(logger_, "Failed to create reader with profile:" + profile);
+        }
+        return reader;
+    }
+    internal::dds::DataReaderQos qos;
+    qos.history().kind = internal::dds::KEEP_ALL_HISTORY_QOS;
+    qos.history().depth = 1000;
+    qos.resource_limits().max_samples = 40000;
+    qos.resource_limits().max_instances = 100;
+    qos.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
+    if (this->deadlineMs_ > 0) {
+        qos.deadline().period = this->deadlinePeriod();
+    }
+    auto* const reader = subscriber.create_datareader(topic_.get(), qos, nullptr, StatusMask::all());
+    if (reader == nullptr) {
+        internal::fail(logger_, "Failed to create reader");
+    }
+    return reader;
+}
+
+template <class T, class ST>
+std::shared_ptr<T> DdsSubscriber<T, ST>::createDataEntity()
+{
+    this->checkState();
+    return createDataEntityInternal<T, ST>();
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::close()
+{
+    const std::lock_guard closing(closeMutex_);
+    if (this->state_ == internal::EntityState::Closed) {
+        LOG4CPLUS_DEBUG(logger_, "Publisher already closed");
+        return;
+    }
+    reader_ = nullptr;
+    topic_.reset();
+    this->state_ = internal::EntityState::Closed;
+}
+
+template <class T, class ST>
+typename DdsSubscriber<T, ST>::ReaderPointer DdsSubscriber<T, ST>::openReader() const
+{
+    this->checkState();
+    auto reader = reader_.load();
+    if (!reader) {
+        this->failClosed();
+    }
+    return reader;
+}
+
+template <class T, class ST>
+bool DdsSubscriber<T, ST>::checkTaken(internal::ReturnCode result, const char* failureText) const
+{
+    if (result == internal::RETCODE_NO_DATA) {
+        return false;
+    }
+    if (result != internal::RETCODE_OK) {
+        internal::failWithErrMsg(logger_,
+                                 internal::withCode(internal::withUri(failureText, this->uri_), result));
+    }
+    return true;
+}
+
+template <class T, class ST>
+bool DdsSubscriber<T, ST>::isDeliverable(const internal::dds::SampleInfo& info) const
+{
+    return info.valid_data && !this->isQosExceeded(info);
+}
+
+template <class T, class ST>
+std::vector<std::shared_ptr<T>> DdsSubscriber<T, ST>::read(std::size_t maxCount)
+{
+    const auto reader = openReader();
+    std::vector<std::shared_ptr<T>> values;
+    std::size_t taken = 0;
+    while (maxCount == 0 || taken < maxCount) {
+        Samples samples;
+        const auto result =
+            internal::take(*reader, samples, internal::sampleLimit(maxCount == 0 ? 0 : maxCount - taken));
+        if (!checkTaken(result, "Reader take failed for dds subscriber.")) {
+            break;
+        }
+        const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
+        taken += static_cast<std::size_t>(samples.size());
+        for (std::int32_t i = 0; i < samples.size(); ++i) {
+            if (isDeliverable(samples.infos[i])) {
+                values.push_back(createDataEntityFrom<T, ST>(samples.data[i]));
+            }
+        }
+    }
+    return values;
+}
+
+template <class T, class ST>
+std::shared_ptr<T> DdsSubscriber<T, ST>::readInstance(const T& value)
+{
+    const auto reader = openReader();
+    const auto handle = lookupInstance(value);
+    if (handle == internal::dds::HANDLE_NIL) {
+        return nullptr;
+    }
+    Samples samples;
+    const auto result = internal::takeInstance(*reader, samples, handle);
+    if (!checkTaken(result, "Reader take failed for dds subscriber's readInstance.")) {
+        return nullptr;
+    }
+    const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
+    for (std::int32_t i = 0; i < samples.size(); ++i) {
+        if (isDeliverable(samples.infos[i])) {
+            return createDataEntityFrom<T, ST>(samples.data[i]);
+        }
+    }
+    return nullptr;
+}
+
+template <class T, class ST>
+bool DdsSubscriber<T, ST>::readInstance(const T& value, T& out)
+{
+    this->checkState();
+    const auto found = this->readInstance(value);
+    if (!found) {
+        return false;
+    }
+    ST::copy(*found, out);
+    return true;
+}
+
+template <class T, class ST>
+std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedRead()
+{
+    const auto reader = openReader();
+    auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), reader);
+    const auto result = internal::take(*reader, loan->samples(), 1);
+    return checkTaken(result, "Reader take failed for dds subscriber's loanedRead.")
+               ? present(std::move(loan))
+               : nullptr;
+}
+
+template <class T, class ST>
+std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedReadInstance(const T& value)
+{
+    const auto reader = openReader();
+    const auto handle = lookupInstance(value);
+    if (handle == internal::dds::HANDLE_NIL) {
+        return nullptr;
+    }
+    auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), reader);
+    const auto result = internal::takeInstance(*reader, loan->samples(), handle);
+    return checkTaken(result, "Reader take failed for dds subscriber's loanedReadInstance.")
+               ? present(std::move(loan))
+               : nullptr;
+}
+
+template <class T, class ST>
+std::shared_ptr<LoanedDataEntity<T>>
+DdsSubscriber<T, ST>::present(std::shared_ptr<DdsLoanedDataEntity> loan) const
+{
+    Samples& samples = loan->samples();
+    for (std::int32_t i = 0; i < samples.size(); ++i) {
+        if (isDeliverable(samples.infos[i])) {
+            loan->view(samples.data[i]);
+            return loan;
+        }
+    }
+    return nullptr;
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::returnLoan(internal::dds::DataReader& reader, Samples& samples)
+{
+    const auto result = internal::code(reader.return_loan(samples.data, samples.infos));
+    if (result != internal::RETCODE_OK) {
+        internal::failWithErrMsg(
+            logger_,
+            internal::withCode(internal::withUri("Failed to return loan back to middle-layer.", this->uri_),
+                               result));
+    }
+}
+
+template <class T, class ST>
+internal::InstanceHandle_t DdsSubscriber<T, ST>::lookupInstance(const T& value)
+{
+    const ST& adapter = obtainImpl<T, ST>(value, logger_);
+    typename ST::PubSubType type;
+    internal::InstanceHandle_t handle;
+    if (!type.getKey(internal::asSample(&adapter.wire()), &handle, false)) {
+        internal::failWithErrMsg(logger_, internal::withCode("Lookup instance key failed", 0));
+    }
+    return handle;
+}
+
+template <class T, class ST>
+std::size_t DdsSubscriber<T, ST>::readDataEvents(const DataEventFilter<T>& /*filter*/,
+                                                 std::vector<std::shared_ptr<DataEvent<T>>>& /*events*/,
+                                                 std::size_t /*maxEvents*/,
+                                                 const std::chrono::milliseconds& /*timeout*/)
+{
+    throw IllegalStateException("Not implemented");
+}
+
+template <class T, class ST>
+std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribe(const DataEventFilter<T>& /*filter*/,
+                                                              Callback /*callback*/)
+{
+    throw IllegalStateException("Not implemented");
+}
+
+template <class T, class ST>
+std::size_t DdsSubscriber<T, ST>::poll(std::size_t /*maxCount*/, const std::chrono::milliseconds& /*timeout*/)
+{
+    throw IllegalStateException("Not implemented");
+}
+
+template <class T, class ST>
+std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& /*filter*/,
+                                                                   Callback /*callback*/)
+{
+    throw IllegalStateException("Not implemented");
+}
+
+template <class T, class ST>
+std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& /*filter*/,
+                                                                   Notifier /*notifier*/)
+{
+    throw IllegalStateException("Not implemented");
+}
+
+template <class T, class ST>
+DdsSubscriberDelegator<T, ST>::DdsSubscriberDelegator(std::shared_ptr<DdsSubscriber<T, ST>> impl)
+    : impl_(std::move(impl))
+{
+}
+
+template <class T, class ST>
+std::shared_ptr<T> DdsSubscriberDelegator<T, ST>::createDataEntity()
+{
+    return impl_->createDataEntity();
+}
+
+template <class T, class ST>
+void DdsSubscriberDelegator<T, ST>::close()
+{
+    impl_->close();
+}
+
+template <class T, class ST>
+std::vector<std::shared_ptr<T>> DdsSubscriberDelegator<T, ST>::read(std::size_t maxCount)
+{
+    return impl_->read(maxCount);
+}
+
+template <class T, class ST>
+std::shared_ptr<T> DdsSubscriberDelegator<T, ST>::readInstance(const T& value)
+{
+    return impl_->readInstance(value);
+}
+
+template <class T, class ST>
+bool DdsSubscriberDelegator<T, ST>::readInstance(const T& value, T& out)
+{
+    return impl_->readInstance(value, out);
+}
+
+template <class T, class ST>
+std::shared_ptr<LoanedDataEntity<T>> DdsSubscriberDelegator<T, ST>::loanedRead()
+{
+    return impl_->loanedRead();
+}
+
+template <class T, class ST>
+std::shared_ptr<LoanedDataEntity<T>> DdsSubscriberDelegator<T, ST>::loanedReadInstance(const T& value)
+{
+    return impl_->loanedReadInstance(value);
+}
+
+template <class T, class ST>
+std::size_t DdsSubscriberDelegator<T, ST>::readDataEvents(const DataEventFilter<T>& filter,
+                                                          std::vector<std::shared_ptr<DataEvent<T>>>& events,
+                                                          std::size_t maxEvents,
+                                                          const std::chrono::milliseconds& timeout)
+{
+    return impl_->readDataEvents(filter, events, maxEvents, timeout);
+}
+
+template <class T, class ST>
+std::unique_ptr<Subscription> DdsSubscriberDelegator<T, ST>::subscribe(const DataEventFilter<T>& filter,
+                                                                       Callback callback)
+{
+    return impl_->subscribe(filter, std::move(callback));
+}
+
+template <class T, class ST>
+std::size_t DdsSubscriberDelegator<T, ST>::poll(std::size_t maxCount,
+                                                const std::chrono::milliseconds& timeout)
+{
+    return impl_->poll(maxCount, timeout);
+}
+
+template <class T, class ST>
+std::unique_ptr<Subscription> DdsSubscriberDelegator<T, ST>::subscribeAsync(const DataEventFilter<T>& filter,
+                                                                            Callback callback)
+{
+    return impl_->subscribeAsync(filter, std::move(callback));
+}
+
+template <class T, class ST>
+std::unique_ptr<Subscription> DdsSubscriberDelegator<T, ST>::subscribeAsync(const DataEventFilter<T>& filter,
+                                                                            Notifier notifier)
+{
+    return impl_->subscribeAsync(filter, std::move(notifier));
+}
+
+} // namespace ovra::plex::ps

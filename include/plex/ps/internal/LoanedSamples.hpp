@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/ps/internal/Entities.hpp>
+
+#include <fastdds/dds/core/LoanableSequence.hpp>
+#include <fastdds/dds/subscriber/SampleInfo.hpp>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+/// Samples on loan from a reader.
+namespace ovra::plex::ps::internal
+{
+
+/// Loaned wire samples with their infos, index by index. Empty until a take or read fills them; must be
+/// given back to that reader before they are destroyed.
+template <class DdsType>
+struct LoanedSamples {
+    dds::LoanableSequence<DdsType> data;
+    dds::SampleInfoSeq infos;
+
+    std::int32_t size() const { return infos.length(); }
+};
+
+/// A number of samples as the reader's operations want it.
+/// @param count 0: no limit.
+inline std::int32_t sampleLimit(std::size_t count) noexcept
+{
+    constexpr std::size_t largest = std::numeric_limits<std::int32_t>::max();
+    return count == 0 ? dds::LENGTH_UNLIMITED : static_cast<std::int32_t>(std::min(count, largest));
+}
+
+/// Takes samples in any state. @param limit see sampleLimit().
+template <class DdsType>
+ReturnCode take(dds::DataReader& reader, LoanedSamples<DdsType>& samples, std::int32_t limit)
+{
+    return code(reader.take(samples.data, samples.infos, limit, dds::ANY_SAMPLE_STATE, dds::ANY_VIEW_STATE,
+                            dds::ANY_INSTANCE_STATE));
+}
+
+/// Takes at most one sample of an instance, in any state.
+///
+/// A reader that has never seen the instance answers BAD_PARAMETER; to the caller that is no data.
+template <class DdsType>
+ReturnCode takeInstance(dds::DataReader& reader, LoanedSamples<DdsType>& samples,
+                        const InstanceHandle_t& instance)
+{
+    const auto result =
+        code(reader.take_instance(samples.data, samples.infos, 1, instance, dds::ANY_SAMPLE_STATE,
+                                  dds::ANY_VIEW_STATE, dds::ANY_INSTANCE_STATE));
+    return result == RETCODE_BAD_PARAMETER ? RETCODE_NO_DATA : result;
+}
+
+/// What a scope that cannot give its loan back logs.
+inline constexpr const char* loanNotReturned =
+    "Reader failed to return loaned data back to the middle-layer.";
+
+/// Gives loaned samples back when its scope is left. A refusal is logged and ends the process: a reader
+/// whose loan is stuck cannot go on.
+template <class DdsType>
+class LoanGuard
+{
+public:
+    LoanGuard(dds::DataReader& reader, LoanedSamples<DdsType>& samples, const log4cplus::Logger& logger,
+              const char* failureText)
+        : reader_(reader)
+        , samples_(samples)
+        , logger_(logger)
+        , failureText_(failureText)
+    {
+    }
+
+    LoanGuard(const LoanGuard&) = delete;
+    LoanGuard& operator=(const LoanGuard&) = delete;
+
+    // The exception ends the process, as the class promises.
+    ~LoanGuard() noexcept // NOLINT(bugprone-exception-escape)
+    {
+        const auto result = code(reader_.return_loan(samples_.data, samples_.infos));
+        if (result != RETCODE_OK) {
+            failWithErrMsg(logger_, withCode(failureText_, result));
+        }
+    }
+
+private:
+    dds::DataReader& reader_;
+    LoanedSamples<DdsType>& samples_;
+    const log4cplus::Logger& logger_;
+    const char* failureText_;
+};
+
+} // namespace ovra::plex::ps::internal

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/dds/DdsUriHelper.hpp>
+#include <plex/dds/ProfileName.hpp>
+
+#include <fastdds/dds/publisher/qos/DataWriterQos.hpp>
+#include <fastdds/dds/publisher/qos/PublisherQos.hpp>
+#include <fastdds/dds/subscriber/qos/SubscriberQos.hpp>
+#include <fastdds/dds/topic/qos/TopicQos.hpp>
+
+#include <chrono>
+
+namespace ovra::plex::ps::internal
+{
+
+inline DdsEntityBase::DdsEntityBase(const Uri& uri, const qos::QoSList& qos,
+                                    const Plex::Properties& properties, const ParticipantPointer& participant,
+                                    dds::TypeSupport typeSupport)
+    : uri_(uri)
+    , qos_(qos)
+    , properties_(properties)
+    , participant_(participant)
+    , typeSupport_(std::move(typeSupport))
+{
+    DdsUriHelper::checkUri(uri_, true);
+    if (!DdsUriHelper::isPubSubUri(uri_)) {
+        fail(logger_, "Uri " + uri_.string() + " is not DDS PubSub profile");
+    }
+    std::tie(latencyMs_, deadlineMs_) = getDeadlineAndLatencyDuration(qos_);
+    const auto result = code(typeSupport_.register_type(participant_.get()));
+    if (result != RETCODE_OK) {
+        failWithErrMsg(logger_, withCode("Failed to register a DDS type. Uri: " + uri_.string() +
+                                             "type name" + typeSupport_.get_type_name(),
+                                         result));
+    }
+    topicName_ = DdsUriHelper::topic(uri_, true);
+}
+
+inline void DdsEntityBase::checkState() const
+{
+    switch (state_.load(std::memory_order_acquire)) {
+    case EntityState::Initialized:
+        return;
+    case EntityState::Closed:
+        failClosed();
+    case EntityState::Uninitialized:
+        fail<IllegalStateException>(logger_, "Entity is not INITIALIZED. Uri: " + uri_.string());
+    }
+}
+
+inline void DdsEntityBase::failClosed() const
+{
+    fail<IllegalStateException>(logger_, "Entity closed Uri: " + uri_.string());
+}
+
+inline std::pair<dds::Topic*, bool> DdsEntityBase::createTopic()
+{
+    TopicUses& uses = topicUses();
+    const std::lock_guard lock(uses.mutex);
+    if (dds::Topic* const existing = findTopic()) {
+        uses.found(existing);
+        return {existing, false};
+    }
+    dds::Topic* const topic = makeTopic();
+    uses.made(topic);
+    return {topic, true};
+}
+
+inline dds::Topic* DdsEntityBase::findTopic() const
+{
+    dds::TopicDescription* const description = participant_->lookup_topicdescription(topicName_);
+    if (description == nullptr) {
+        return nullptr;
+    }
+    auto* const topic = dynamic_cast<dds::Topic*>(description);
+    if (topic == nullptr || topic->get_type_name() != typeSupport_.get_type_name()) {
+        fail(logger_, "Failed to create topic with Uri: " + uri_.string());
+    }
+    return topic;
+}
+
+inline dds::Topic* DdsEntityBase::makeTopic() const
+{
+    const std::string typeName = typeSupport_.get_type_name();
+    if (getQosLibraryName() != nullptr) {
+        const auto profile = getProfileNameByProfileType(ProfileType::Topic, properties_);
+        dds::Topic* const topic = participant_->create_topic_with_profile(topicName_, typeName, profile,
+                                                                          nullptr, dds::StatusMask::all());
+        if (topic == nullptr) {
+            fail(logger_, "Failed to create topic with profile:" + profile + " Uri: " + uri_.string());
+        }
+        return topic;
+    }
+    dds::Topic* const topic =
+        participant_->create_topic(topicName_, typeName, dds::TopicQos(), nullptr, dds::StatusMask::all());
+    if (topic == nullptr) {
+        fail(logger_, "Failed to create topic with Uri: " + uri_.string());
+    }
+    return topic;
+}
+
+inline dds::Publisher* DdsEntityBase::createPublisher()
+{
+    if (getQosLibraryName() != nullptr) {
+        const auto profile = getProfileNameByProfileType(ProfileType::Publisher, properties_);
+        dds::Publisher* const publisher =
+            participant_->create_publisher_with_profile(profile, nullptr, dds::StatusMask::all());
+        if (publisher == nullptr) {
+            fail(logger_, "Failed to create publisher with profile:" + profile + " Uri: " + uri_.string());
+        }
+        return publisher;
+    }
+    dds::Publisher* const publisher =
+        participant_->create_publisher(dds::PublisherQos(), nullptr, dds::StatusMask::all());
+    if (publisher == nullptr) {
+        fail(logger_, "Failed to create publisher for Uri: " + uri_.string());
+    }
+    return publisher;
+}
+
+inline dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, dds::Topic& topic,
+                                                    const log4cplus::Logger& logger,
+                                                    std::optional<std::int32_t> historyDepth) const
+{
+    if (getQosLibraryName() != nullptr) {
+        const auto profile = getProfileNameByProfileType(ProfileType::Writer, properties_);
+        dds::DataWriter* const writer =
+            publisher.create_datawriter_with_profile(&topic, profile, nullptr, dds::StatusMask::all());
+        if (writer == nullptr) {
+            fail(logger, "Failed to create writer with profile:" + profile);
+        }
+        return writer;
+    }
+    dds::DataWriterQos qos;
+    if (deadlineMs_ > 0) {
+        qos.deadline().period = deadlinePeriod();
+    }
+    qos.history().kind = dds::KEEP_ALL_HISTORY_QOS;
+    qos.history().depth = historyDepth.value_or(qos.history().depth);
+    qos.resource_limits().max_samples = 40000;
+    qos.resource_limits().max_instances = 100;
+    qos.endpoint().history_memory_policy = HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE;
+    dds::DataWriter* const writer = publisher.create_datawriter(&topic, qos, nullptr, dds::StatusMask::all());
+    if (writer == nullptr) {
+        fail(logger, "Failed to create writer");
+    }
+    return writer;
+}
+
+inline std::shared_ptr<dds::Subscriber> DdsEntityBase::createSubscriber()
+{
+    dds::Subscriber* subscriber = nullptr;
+    if (getQosLibraryName() != nullptr) {
+        const auto profile = getProfileNameByProfileType(ProfileType::Subscriber, properties_);
+        subscriber = participant_->create_subscriber_with_profile(profile, nullptr, dds::StatusMask::all());
+        if (subscriber == nullptr) {
+            fail(logger_, "Failed to create subscriber with profile:" + profile + " Uri: " + uri_.string());
+        }
+    } else {
+        subscriber = participant_->create_subscriber(dds::SubscriberQos(), nullptr, dds::StatusMask::all());
+        if (subscriber == nullptr) {
+            fail(logger_, "Failed to create subscriber  Uri: " + uri_.string());
+        }
+    }
+    return holdSubscriber(participant_, subscriber, logger_, "Failed to delete publisher");
+}
+
+inline const char* DdsEntityBase::getQosLibraryName() const
+{
+    const auto found = properties_.find("dds.qos.profile.library");
+    return found == properties_.end() ? nullptr : found->second.c_str();
+}
+
+inline bool DdsEntityBase::isQosExceeded(const dds::SampleInfo& info) const
+{
+    if (latencyMs_ < 1 && deadlineMs_ < 1) {
+        return false;
+    }
+    using namespace std::chrono;
+    constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+    const auto now = duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
+    const auto nowSeconds = static_cast<std::int32_t>(now / nanosecondsPerSecond);
+    const auto nowNanoseconds = static_cast<std::uint32_t>(now % nanosecondsPerSecond);
+    const std::int32_t seconds = info.source_timestamp.seconds();
+    const std::uint32_t nanoseconds = info.source_timestamp.nanosec();
+
+    if (latencyMs_ > 0) {
+        const std::uint32_t nowMs =
+            static_cast<std::uint32_t>(nowSeconds) * 1000U + nowNanoseconds / 1'000'000U;
+        const std::uint32_t sampleMs = static_cast<std::uint32_t>(seconds) * 1000U + nanoseconds / 1'000'000U;
+        if (latencyMs_ < std::int64_t{nowMs} - std::int64_t{sampleMs}) {
+            return true;
+        }
+    }
+    if (deadlineMs_ < 1) {
+        return false;
+    }
+    const std::int64_t limitNanoseconds =
+        std::int64_t{nanoseconds} + (deadlineMs_ % 1000) * std::int64_t{1'000'000};
+    const std::int64_t limitSeconds =
+        std::int64_t{seconds} + deadlineMs_ / 1000 + limitNanoseconds / nanosecondsPerSecond;
+    return std::pair(std::int64_t{nowSeconds}, std::int64_t{nowNanoseconds}) >=
+           std::pair(limitSeconds, limitNanoseconds % nanosecondsPerSecond);
+}
+
+inline std::pair<std::int32_t, std::int32_t>
+DdsEntityBase::getDeadlineAndLatencyDuration(const qos::QoSList& qos)
+{
+    std::int32_t latencyMs = 0;
+    std::int32_t deadlineMs = 0;
+    for (const auto& entry : qos) {
+        if (const auto* const latency = dynamic_cast<const qos::Latency*>(entry.get())) {
+            latencyMs = latency->getDurationMs();
+        } else if (const auto* const deadline = dynamic_cast<const qos::Deadline*>(entry.get())) {
+            deadlineMs = deadline->getDurationMs();
+        }
+    }
+    return {latencyMs, deadlineMs};
+}
+
+inline Duration_t DdsEntityBase::deadlinePeriod() const
+{
+    return {deadlineMs_ / 1000, static_cast<std::uint32_t>(deadlineMs_ % 1000)};
+}
+
+} // namespace ovra::plex::ps::internal

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// The one place that knows how the generations of Fast DDS differ. The rest is written to the names of
+// generation 2.14 where the generations differ, and to Fast DDS's own names where they agree.
+
+#include <fastdds/dds/topic/TopicDataType.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+// The header above has said which generation it belongs to; another one's files may lie on the path too.
+#if defined(FASTRTPS_VERSION_MAJOR)
+#define PLEX_FASTDDS_GENERATION FASTRTPS_VERSION_MAJOR
+#else
+#define PLEX_FASTDDS_GENERATION FASTDDS_VERSION_MAJOR
+#endif
+
+#if PLEX_FASTDDS_GENERATION >= 3
+#include <fastdds/dds/core/ReturnCode.hpp>
+#include <fastdds/dds/core/Time_t.hpp>
+#include <fastdds/rtps/attributes/ResourceManagement.hpp>
+#include <fastdds/rtps/common/InstanceHandle.hpp>
+#include <fastdds/rtps/common/SerializedPayload.hpp>
+#include <fastdds/rtps/common/Time_t.hpp>
+#include <fastdds/utils/md5.hpp>
+#else
+#include <fastdds/rtps/common/InstanceHandle.h>
+#include <fastdds/rtps/common/SerializedPayload.h>
+#include <fastdds/rtps/common/Time_t.h>
+#include <fastdds/rtps/resources/ResourceManagement.h>
+#include <fastrtps/types/TypesBase.h>
+#include <fastrtps/utils/md5.h>
+#endif
+
+namespace ovra::plex::ps::internal
+{
+
+/// A DDS return code (DDS 1.4, 2.2.1.1) as a plain number, the same in every generation.
+using ReturnCode = std::int32_t;
+
+inline constexpr ReturnCode RETCODE_OK = 0;
+inline constexpr ReturnCode RETCODE_BAD_PARAMETER = 3;
+inline constexpr ReturnCode RETCODE_PRECONDITION_NOT_MET = 4;
+inline constexpr ReturnCode RETCODE_TIMEOUT = 10;
+inline constexpr ReturnCode RETCODE_NO_DATA = 11;
+
+#if PLEX_FASTDDS_GENERATION >= 3
+
+inline ReturnCode code(eprosima::fastdds::dds::ReturnCode_t value) noexcept
+{
+    return value;
+}
+
+using InstanceHandle_t = eprosima::fastdds::rtps::InstanceHandle_t;
+using SerializedPayload_t = eprosima::fastdds::rtps::SerializedPayload_t;
+using SampleTime = eprosima::fastdds::rtps::Time_t; ///< the type of SampleInfo's time stamps
+using Time_t = eprosima::fastdds::dds::Time_t;      ///< the type of times and durations given to DDS
+using Duration_t = eprosima::fastdds::dds::Duration_t;
+using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
+using MD5 = eprosima::fastdds::MD5;
+using HistoryMemory = eprosima::fastdds::rtps::MemoryManagementPolicy;
+
+/// A topic data type under the names of generation 2.14: a derived class overrides those.
+class TopicDataType : public eprosima::fastdds::dds::TopicDataType
+{
+public:
+    /// The largest payload in bytes, encapsulation header included.
+    std::uint32_t& m_typeSize = max_serialized_type_size;
+
+    /// Whether the type has a key.
+    bool& m_isGetKeyDefined = is_compute_key_provided;
+
+    const char* getName() const { return get_name().c_str(); }
+
+    void setName(const char* name) { set_name(name); }
+
+    virtual bool serialize(void* data, SerializedPayload_t* payload) = 0;
+    virtual bool serialize(void* data, SerializedPayload_t* payload, DataRepresentationId representation) = 0;
+    virtual bool deserialize(SerializedPayload_t* payload, void* data) = 0;
+    virtual std::function<std::uint32_t()> getSerializedSizeProvider(void* data) = 0;
+    virtual std::function<std::uint32_t()> getSerializedSizeProvider(void* data,
+                                                                     DataRepresentationId representation) = 0;
+    virtual void* createData() = 0;
+    virtual void deleteData(void* data) = 0;
+    virtual bool getKey(void* data, InstanceHandle_t* handle, bool forceMd5 = false) = 0;
+    virtual bool is_plain() const = 0;
+    using eprosima::fastdds::dds::TopicDataType::is_plain;
+
+    bool serialize(const void* const data, SerializedPayload_t& payload,
+                   DataRepresentationId representation) final
+    {
+        return serialize(const_cast<void*>(data), &payload, representation);
+    }
+
+    bool deserialize(SerializedPayload_t& payload, void* data) final { return deserialize(&payload, data); }
+
+    std::uint32_t calculate_serialized_size(const void* const data, DataRepresentationId representation) final
+    {
+        return getSerializedSizeProvider(const_cast<void*>(data), representation)();
+    }
+
+    void* create_data() final { return createData(); }
+
+    void delete_data(void* data) final { deleteData(data); }
+
+    bool compute_key(SerializedPayload_t& payload, InstanceHandle_t& handle, bool forceMd5 = false) final
+    {
+        if (!m_isGetKeyDefined) {
+            return false;
+        }
+        const auto free = [this](void* data) {
+            deleteData(data);
+        };
+        const std::unique_ptr<void, decltype(free)> data(createData(), free);
+        return deserialize(&payload, data.get()) && getKey(data.get(), &handle, forceMd5);
+    }
+
+    bool compute_key(const void* const data, InstanceHandle_t& handle, bool forceMd5 = false) final
+    {
+        return getKey(const_cast<void*>(data), &handle, forceMd5);
+    }
+};
+
+#else
+
+inline ReturnCode code(const eprosima::fastrtps::types::ReturnCode_t& value) noexcept
+{
+    return static_cast<ReturnCode>(value());
+}
+
+using InstanceHandle_t = eprosima::fastrtps::rtps::InstanceHandle_t;
+using SerializedPayload_t = eprosima::fastrtps::rtps::SerializedPayload_t;
+using SampleTime = eprosima::fastrtps::rtps::Time_t; ///< the type of SampleInfo's time stamps
+using Time_t = eprosima::fastrtps::Time_t;           ///< the type of times and durations given to DDS
+using Duration_t = eprosima::fastrtps::Duration_t;
+using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
+using MD5 = ::MD5;
+using HistoryMemory = eprosima::fastrtps::rtps::MemoryManagementPolicy;
+using TopicDataType = eprosima::fastdds::dds::TopicDataType;
+
+#endif
+
+/// A value to be written, as the write operations of every generation accept it; they do not change it.
+inline void* asSample(const void* sample) noexcept
+{
+    return const_cast<void*>(sample);
+}
+
+} // namespace ovra::plex::ps::internal
