@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "AltAzCdr.hpp"
+
+#include <plex/ps/internal/CdrMembers.hpp>
+
+namespace eprosima::fastcdr
+{
+
+using generated::dds_::vexstubif::AltAz;
+namespace members = ovra::plex::ps::internal;
+
+template <>
+std::size_t calculate_serialized_size(CdrSizeCalculator& calculator, const AltAz& data,
+                                      std::size_t& currentAlignment)
+{
+    return members::membersSize(calculator, currentAlignment, data.alt(), data.az());
+}
+
+template <>
+void serialize(Cdr& cdr, const AltAz& data)
+{
+    members::serializeMembers(cdr, data.alt(), data.az());
+}
+
+template <>
+void deserialize(Cdr& cdr, AltAz& data)
+{
+    deserialize(cdr, data, members::appendableEncoding(cdr.get_cdr_version()));
+}
+
+void deserialize(Cdr& cdr, AltAz& data, EncodingAlgorithmFlag encoding)
+{
+    members::deserializeMembers(cdr, encoding, data.alt(), data.az());
+}
+
+void serialize_key(Cdr& /*cdr*/, const AltAz& /*data*/) {}
+
+} // namespace eprosima::fastcdr

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "DomeTemperatureCdr.hpp"
+
+#include <plex/ps/internal/CdrMembers.hpp>
+
+namespace eprosima::fastcdr
+{
+
+using generated::dds_::vexstubif::DomeTemperature;
+namespace members = ovra::plex::ps::internal;
+
+template <>
+std::size_t calculate_serialized_size(CdrSizeCalculator& calculator, const DomeTemperature& data,
+                                      std::size_t& currentAlignment)
+{
+    return members::membersSize(calculator, currentAlignment, data.temp());
+}
+
+template <>
+void serialize(Cdr& cdr, const DomeTemperature& data)
+{
+    members::serializeMembers(cdr, data.temp());
+}
+
+template <>
+void deserialize(Cdr& cdr, DomeTemperature& data)
+{
+    deserialize(cdr, data, members::appendableEncoding(cdr.get_cdr_version()));
+}
+
+void deserialize(Cdr& cdr, DomeTemperature& data, EncodingAlgorithmFlag encoding)
+{
+    members::deserializeMembers(cdr, encoding, data.temp());
+}
+
+void serialize_key(Cdr& /*cdr*/, const DomeTemperature& /*data*/) {}
+
+} // namespace eprosima::fastcdr
