@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+# The installed tree: headers, libraries, profiles and the CMake package. No absolute path is in it, so it
+# can be moved.
+
+include(CMakePackageConfigHelpers)
+
+set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/plex)
+
+if(PLEX_PLATFORM STREQUAL "bundled")
+    install(TARGETS plex-common plex plex-icd-vexstubif plex-dds EXPORT plexTargets LIBRARY)
+    install(DIRECTORY platform/plex-common/include/ platform/plex-dds/include/ platform/plex-icd-vexstubif/include/
+            TYPE INCLUDE)
+    if(PLEX_BUNDLED_NETWORK_URI)
+        install(DIRECTORY platform/plex-common/network-uri/include/
+                DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/plex/network-uri)
+    endif()
+endif()
+install(TARGETS plex-dds-vexstubif EXPORT plexTargets LIBRARY)
+install(DIRECTORY include/ TYPE INCLUDE)
+install(DIRECTORY profiles/ DESTINATION ${CMAKE_INSTALL_DATADIR}/plex)
+install(EXPORT plexTargets NAMESPACE plex:: DESTINATION ${packageDir})
+
+configure_package_config_file(cmake/plex-config.cmake.in ${PROJECT_BINARY_DIR}/plex-config.cmake
+                              INSTALL_DESTINATION ${packageDir} PATH_VARS CMAKE_INSTALL_DATADIR)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/plex-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/plex-config.cmake ${PROJECT_BINARY_DIR}/plex-config-version.cmake
+        DESTINATION ${packageDir})

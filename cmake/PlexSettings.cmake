@@ -1,0 +1,46 @@
+# SPDX-License-Identifier: Apache-2.0
+# How the project's own targets are compiled. Nothing here reaches a consumer.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+# All libraries lie side by side, in the build tree as when installed: that is where they look for one
+# another, and where the middleware finds the transport and the transport the modules.
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_BUILD_RPATH $ORIGIN)
+set(CMAKE_INSTALL_RPATH $ORIGIN)
+
+add_library(plex-warnings INTERFACE)
+target_compile_options(plex-warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Werror
+    -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
+    -Wcast-qual -Wundef -Wnull-dereference -Wformat=2)
+
+if(PLEX_SANITIZE)
+    add_compile_options(-fsanitize=${PLEX_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${PLEX_SANITIZE})
+    if(PLEX_SANITIZE MATCHES undefined)
+        add_compile_options(-fno-sanitize-recover=undefined)
+    endif()
+endif()
+
+# A shared library of the project, built from its sources under the common settings.
+function(plex_add_library name)
+    add_library(${name} SHARED ${ARGN})
+    string(REGEX REPLACE "^plex-" "" exportName ${name})
+    set_target_properties(${name} PROPERTIES EXPORT_NAME ${exportName})
+    add_library(plex::${exportName} ALIAS ${name})
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:plex-warnings>)
+    if(NOT PLEX_SANITIZE) # a sanitizer's symbols come with the program
+        target_link_options(${name} PRIVATE -Wl,--no-undefined)
+    endif()
+endfunction()
