@@ -2,6 +2,8 @@
 #pragma once
 
 #include <plex/Subscriber.hpp>
+#include <plex/ps/SubscriptionManager.hpp>
+#include <plex/ps/internal/DataWait.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 
@@ -20,8 +22,8 @@ namespace ovra::plex::ps
 ///
 /// Applications never see it: they hold a DdsSubscriberDelegator, so that loans and subscriptions can share
 /// it. Threads: all operations may be called from several threads at once; an operation under way keeps the
-/// reader until it is done. Ownership: owns its DDS subscriber and reader, shares the topic; loans share the
-/// reader.
+/// reader until it is done. Ownership: owns its DDS subscriber, reader and subscription manager, shares the
+/// topic; loans share the reader, and they and subscriptions the subscriber.
 template <class T, class ST>
 class DdsSubscriber : public std::enable_shared_from_this<DdsSubscriber<T, ST>>,
                       public Subscriber<T>,
@@ -31,7 +33,7 @@ public:
     using Callback = typename Subscriber<T>::Callback;
     using Notifier = typename Subscriber<T>::Notifier;
 
-    /// A subscriber with its reader, ready for use.
+    /// A subscriber with its reader and subscription manager, ready for use.
     /// @throws PlexException when the URI or a property is bad or an entity cannot be made; nothing is left
     ///         behind then.
     static std::shared_ptr<DdsSubscriber> create(const Uri& uri, const qos::QoSList& qos,
@@ -45,8 +47,10 @@ public:
 
     std::shared_ptr<T> createDataEntity() override;
 
-    /// Gives back reader and topic; outstanding loans keep the reader until they are back. From two threads
-    /// at once it closes once; both return when it is done.
+    /// Ends all subscriptions and waiting operations, then gives back reader and topic; outstanding loans
+    /// keep the reader until they are back. From two threads at once it closes once; both return when it is
+    /// done.
+    /// @throws IllegalStateException inside a callback of this subscriber, logged.
     void close() override;
 
     std::vector<std::shared_ptr<T>> read(std::size_t maxCount) override;
@@ -64,14 +68,45 @@ public:
     std::unique_ptr<Subscription> subscribeAsync(const DataEventFilter<T>& filter,
                                                  Notifier notifier) override;
 
+    /// The manager of the callback subscriptions; empty once closed.
+    std::shared_ptr<SubscriptionManager<T, ST>> subscriptionManager() const { return manager_.load(); }
+
+    using internal::DdsBasePubSub<T, ST>::isQosExceeded;
+    using internal::DdsBasePubSub<T, ST>::failClosed;
+
 private:
     using DdsType = typename ST::DdsType;
+    using Filter = internal::SampleFilter<T, ST>;
+    using Events = std::vector<std::shared_ptr<DataEvent<T>>>;
     using Samples = internal::LoanedSamples<DdsType>;
     using ReaderPointer = std::shared_ptr<internal::dds::DataReader>;
 
     class DdsLoanedDataEntity;
 
+    /// What one event read takes and appends.
+    struct EventRead;
+
+    std::size_t readDataEventsCache(const DataEventFilter<T>& filter, Events& events);
+    std::size_t readDataEventsUntilTimeout(const DataEventFilter<T>& filter, Events& events,
+                                           const std::chrono::milliseconds& timeout);
+    std::size_t readDataEventsUntilEventCountLimit(const DataEventFilter<T>& filter, Events& events,
+                                                   std::size_t eventCountLimit);
+    std::size_t readDataEventsUntilEventCountLimitOrTimeout(const DataEventFilter<T>& filter, Events& events,
+                                                            std::size_t eventCountLimit,
+                                                            const std::chrono::milliseconds& timeout);
+
+    /// Takes until there is no data or the limit is reached. @returns whether there was data.
+    bool takeEvents(internal::dds::DataReader& reader, EventRead& read) const;
+    void appendEvents(const Samples& samples, EventRead& read) const;
+
+    /// @throws PlexException when the timeout is negative.
+    void checkTimeout(const std::chrono::milliseconds& timeout, const char* failureText) const;
+
+    /// The manager, for one operation. @throws IllegalStateException unless open.
+    std::shared_ptr<SubscriptionManager<T, ST>> openManager() const;
+
     void createReader();
+    void attachManager();
     std::shared_ptr<internal::dds::Subscriber> createReadersSubscriber();
     internal::dds::DataReader* createDataReader(internal::dds::Subscriber& subscriber);
 
@@ -97,8 +132,11 @@ private:
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriber");
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Subscriber> subscriber_;
-    std::atomic<ReaderPointer> reader_; ///< empty before create() and after close()
-    std::mutex closeMutex_;             ///< held while closing; taken before everything else
+    std::unique_ptr<internal::dds::DataReaderListener> listener_; ///< kept until the reader is deleted
+    std::atomic<ReaderPointer> reader_;                           ///< empty before create() and after close()
+    std::atomic<std::shared_ptr<SubscriptionManager<T, ST>>> manager_; ///< likewise
+    internal::dds::GuardCondition closing_; ///< wakes the operations that wait for data
+    std::mutex closeMutex_;                 ///< held while closing; taken before everything else
 };
 
 /// What an application holds: forwards every call to a subscriber that it shares with its loans and
@@ -136,3 +174,4 @@ private:
 } // namespace ovra::plex::ps
 
 #include <plex/ps/detail/DdsSubscriber.inl>
+#include <plex/ps/detail/DdsSubscriberEvents.inl>

@@ -18,6 +18,7 @@ DdsSubscriber<T, ST>::create(const Uri& uri, const qos::QoSList& qos, const Plex
 {
     auto subscriber = std::make_shared<DdsSubscriber>(uri, qos, properties, participant);
     subscriber->createReader();
+    subscriber->attachManager();
     subscriber->state_ = internal::EntityState::Initialized;
     LOG4CPLUS_TRACE(subscriber->logger_, "Subscriber for " << uri.string() << " created");
     return subscriber;
@@ -47,6 +48,19 @@ void DdsSubscriber<T, ST>::createReader()
     subscriber_ = createReadersSubscriber();
     reader_ = internal::holdReader(subscriber_, topic_, createDataReader(*subscriber_), logger_,
                                    "Failed to delete a DDS data reader for dds subscriber");
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::attachManager()
+{
+    const ReaderPointer reader = reader_.load();
+    auto manager = std::make_shared<SubscriptionManager<T, ST>>(*this, reader);
+    listener_ = manager->createListener();
+    const auto result = internal::code(reader->set_listener(listener_.get()));
+    if (result != internal::RETCODE_OK) {
+        internal::fail(logger_, internal::withCode("Failed to attach a listener to the DDS reader", result));
+    }
+    manager_ = std::move(manager);
 }
 
 template <class T, class ST>
@@ -110,10 +124,18 @@ std::shared_ptr<T> DdsSubscriber<T, ST>::createDataEntity()
 template <class T, class ST>
 void DdsSubscriber<T, ST>::close()
 {
+    if (const auto manager = manager_.load(); manager && manager->isDispatchingHere()) {
+        internal::fail<IllegalStateException>(
+            logger_, internal::withUri("A subscriber can not be closed inside its own callback", this->uri_));
+    }
     const std::lock_guard closing(closeMutex_);
     if (this->state_ == internal::EntityState::Closed) {
         LOG4CPLUS_DEBUG(logger_, "Publisher already closed");
         return;
+    }
+    closing_.set_trigger_value(true);
+    if (const auto manager = manager_.exchange(nullptr)) {
+        manager->shutDown();
     }
     reader_ = nullptr;
     topic_.reset();
@@ -273,39 +295,35 @@ internal::InstanceHandle_t DdsSubscriber<T, ST>::lookupInstance(const T& value)
 }
 
 template <class T, class ST>
-std::size_t DdsSubscriber<T, ST>::readDataEvents(const DataEventFilter<T>& /*filter*/,
-                                                 std::vector<std::shared_ptr<DataEvent<T>>>& /*events*/,
-                                                 std::size_t /*maxEvents*/,
-                                                 const std::chrono::milliseconds& /*timeout*/)
+std::shared_ptr<SubscriptionManager<T, ST>> DdsSubscriber<T, ST>::openManager() const
 {
-    throw IllegalStateException("Not implemented");
+    this->checkState();
+    auto manager = manager_.load();
+    if (!manager) {
+        this->failClosed();
+    }
+    return manager;
 }
 
 template <class T, class ST>
-std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribe(const DataEventFilter<T>& /*filter*/,
-                                                              Callback /*callback*/)
+std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribe(const DataEventFilter<T>& filter,
+                                                              Callback callback)
 {
-    throw IllegalStateException("Not implemented");
+    return openManager()->subscribe(filter, callback, this->shared_from_this());
 }
 
 template <class T, class ST>
-std::size_t DdsSubscriber<T, ST>::poll(std::size_t /*maxCount*/, const std::chrono::milliseconds& /*timeout*/)
+std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& filter,
+                                                                   Callback callback)
 {
-    throw IllegalStateException("Not implemented");
+    return openManager()->subscribeAsync(filter, callback, this->shared_from_this());
 }
 
 template <class T, class ST>
-std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& /*filter*/,
-                                                                   Callback /*callback*/)
+std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& filter,
+                                                                   Notifier notifier)
 {
-    throw IllegalStateException("Not implemented");
-}
-
-template <class T, class ST>
-std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& /*filter*/,
-                                                                   Notifier /*notifier*/)
-{
-    throw IllegalStateException("Not implemented");
+    return openManager()->subscribeAsyncWithNotifier(filter, notifier, this->shared_from_this());
 }
 
 template <class T, class ST>

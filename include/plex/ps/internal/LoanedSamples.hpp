@@ -58,6 +58,10 @@ ReturnCode takeInstance(dds::DataReader& reader, LoanedSamples<DdsType>& samples
 inline constexpr const char* loanNotReturned =
     "Reader failed to return loaned data back to the middle-layer.";
 
+/// The same for event reads with a limit, which word it with blanks.
+inline constexpr const char* loanNotReturnedCounting =
+    "Reader failed to return loaned data back to the middle - layer.";
+
 /// Gives loaned samples back when its scope is left. A refusal is logged and ends the process: a reader
 /// whose loan is stuck cannot go on.
 template <class DdsType>
@@ -91,5 +95,65 @@ private:
     const log4cplus::Logger& logger_;
     const char* failureText_;
 };
+
+/// As LoanGuard, but a refusal is logged only.
+template <class DdsType>
+class LenientLoanGuard
+{
+public:
+    LenientLoanGuard(dds::DataReader& reader, LoanedSamples<DdsType>& samples,
+                     const log4cplus::Logger& logger, const char* failureText)
+        : reader_(reader)
+        , samples_(samples)
+        , logger_(logger)
+        , failureText_(failureText)
+    {
+    }
+
+    LenientLoanGuard(const LenientLoanGuard&) = delete;
+    LenientLoanGuard& operator=(const LenientLoanGuard&) = delete;
+
+    ~LenientLoanGuard()
+    {
+        const auto result = code(reader_.return_loan(samples_.data, samples_.infos));
+        if (result != RETCODE_OK) {
+            LOG4CPLUS_ERROR(logger_, "errMsg:" << withCode(failureText_, result));
+        }
+    }
+
+private:
+    dds::DataReader& reader_;
+    LoanedSamples<DdsType>& samples_;
+    const log4cplus::Logger& logger_;
+    const char* failureText_;
+};
+
+/// Reads, without taking, one sample of each instance in the given states; a sample's instance states are
+/// those of all samples of its instance.
+///
+/// @param makeGuard gives the guard that returns a loan of LoanedSamples<DdsType>.
+/// @param visit is called with each loan of one sample.
+/// @returns OK also when there is nothing to read.
+template <class DdsType, class MakeGuard, class Visit>
+ReturnCode readInstances(dds::DataReader& reader, dds::InstanceStateMask states, MakeGuard makeGuard,
+                         Visit visit)
+{
+    InstanceHandle_t previous = dds::HANDLE_NIL;
+    do {
+        LoanedSamples<DdsType> samples;
+        const auto result = code(reader.read_next_instance(
+            samples.data, samples.infos, 1, previous, dds::ANY_SAMPLE_STATE, dds::ANY_VIEW_STATE, states));
+        if (result == RETCODE_NO_DATA) {
+            return RETCODE_OK;
+        }
+        if (result != RETCODE_OK) {
+            return result;
+        }
+        [[maybe_unused]] const auto guard = makeGuard(samples);
+        visit(samples);
+        previous = samples.infos[0].instance_handle;
+    } while (previous.isDefined()); // a type without a key has one instance and no handle
+    return RETCODE_OK;
+}
 
 } // namespace ovra::plex::ps::internal
