@@ -25,6 +25,14 @@ generated_dds_Subscriber_vexstubif_AltAz(const std::shared_ptr<ovra::plex::Plex>
     return ps::createDdsSubscriber<Interface, Adapter>(plex, uri, qos, properties);
 }
 
+ps::MrvSubscriber<Interface>*
+generated_dds_MrvSubscriber_vexstubif_AltAz(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                            const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
+                                            const ovra::plex::Plex::Properties& properties)
+{
+    return ps::createDdsMrvSubscriber<Interface, Adapter>(plex, uri, qos, properties);
+}
+
 Interface* generated_dds_DataEntity_vexstubif_AltAz()
 {
     return new Adapter();

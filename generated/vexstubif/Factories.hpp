@@ -29,6 +29,10 @@ generated_dds_Subscriber_vexstubif_AltAz(const std::shared_ptr<ovra::plex::Plex>
                                          const ovra::plex::Uri& uri, const ovra::plex::ps::qos::QoSList& qos,
                                          const ovra::plex::Plex::Properties& properties);
 
+PLEX_EXPORT ovra::plex::ps::MrvSubscriber<vexstubif::AltAz>* generated_dds_MrvSubscriber_vexstubif_AltAz(
+    const std::shared_ptr<ovra::plex::Plex>& plex, const ovra::plex::Uri& uri,
+    const ovra::plex::ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties);
+
 PLEX_EXPORT vexstubif::AltAz* generated_dds_DataEntity_vexstubif_AltAz();
 
 PLEX_EXPORT ovra::plex::ps::Publisher<vexstubif::DomeTemperature>*
@@ -42,6 +46,12 @@ generated_dds_Subscriber_vexstubif_DomeTemperature(const std::shared_ptr<ovra::p
                                                    const ovra::plex::Uri& uri,
                                                    const ovra::plex::ps::qos::QoSList& qos,
                                                    const ovra::plex::Plex::Properties& properties);
+
+PLEX_EXPORT ovra::plex::ps::MrvSubscriber<vexstubif::DomeTemperature>*
+generated_dds_MrvSubscriber_vexstubif_DomeTemperature(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                                      const ovra::plex::Uri& uri,
+                                                      const ovra::plex::ps::qos::QoSList& qos,
+                                                      const ovra::plex::Plex::Properties& properties);
 
 PLEX_EXPORT vexstubif::DomeTemperature* generated_dds_DataEntity_vexstubif_DomeTemperature();
 

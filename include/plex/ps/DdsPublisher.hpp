@@ -6,13 +6,15 @@
 
 #include <chrono>
 #include <cstdint>
+#include <list>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace ovra::plex::ps
 {
 
-/// Publishes values on one DDS topic.
+/// Publishes values on one DDS topic, and makes the DDS entities of its instance publishers.
 ///
 /// Applications never see it: they hold a DdsPublisherDelegator, so that instance publishers can share it.
 /// Threads: as the contract says; publish() takes no lock of its own. Ownership: owns its DDS publisher and
@@ -41,7 +43,18 @@ public:
     /// it closes once; both return when it is done.
     void close() override;
 
+    /// The participant, for an instance publisher's entities.
+    const internal::ParticipantPointer& participant() const { return this->participant_; }
+
+    /// Remembers an instance publisher, so that closing this publisher closes it.
+    /// @throws IllegalStateException when this publisher is closed.
+    void addDependent(InstancePublisher<T>& dependent);
+
+    /// Forgets an instance publisher; an unknown one is ignored.
+    void removeDependent(InstancePublisher<T>& dependent);
+
 private:
+    void closeDependents();
     void createDdsEntities();
     void checkTimeout(const std::chrono::milliseconds& timeout) const;
     void checkWritten(internal::ReturnCode result) const;
@@ -52,7 +65,10 @@ private:
     std::shared_ptr<internal::dds::Publisher> publisher_;
     std::shared_ptr<internal::dds::DataWriter> writer_;
     const std::shared_ptr<Plex> plex_;
-    std::mutex closeMutex_; ///< held while closing; taken before everything else
+    std::mutex closeMutex_;      ///< held while closing; taken before everything else
+    std::mutex dependentsMutex_; ///< guards what follows; taken before an instance publisher's mutex
+    std::list<InstancePublisher<T>*> dependents_;
+    bool dependentsClosed_ = false;
 };
 
 /// What an application holds: forwards every call to a publisher that it shares with its instance

@@ -4,6 +4,7 @@
 #include <plex/dds/DdsPlex.hpp>
 #include <plex/ps/DdsPublisher.hpp>
 #include <plex/ps/DdsSubscriber.hpp>
+#include <plex/ps/MrvDdsSubscriber.hpp>
 
 #include <memory>
 
@@ -47,6 +48,16 @@ Subscriber<T>* createDdsSubscriber(const std::shared_ptr<Plex>& plex, const Uri&
 {
     const auto participant = internal::ddsPlex(plex).getDomainParticipant(uri, properties);
     return new DdsSubscriberDelegator<T, ST>(DdsSubscriber<T, ST>::create(uri, qos, properties, participant));
+}
+
+/// A new most-recent-value subscriber; the caller owns it. @throws PlexException as MrvDdsSubscriber and
+/// DdsPlex.
+template <class T, class ST>
+MrvSubscriber<T>* createDdsMrvSubscriber(const std::shared_ptr<Plex>& plex, const Uri& uri,
+                                         const qos::QoSList& qos, const Plex::Properties& properties)
+{
+    const auto participant = internal::ddsPlex(plex).getDomainParticipant(uri, properties);
+    return new MrvDdsSubscriber<T, ST>(uri, qos, properties, participant);
 }
 
 } // namespace ovra::plex::ps

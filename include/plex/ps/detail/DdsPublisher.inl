@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/ps/DataEntities.hpp>
+#include <plex/ps/InstanceDdsPublisher.hpp>
 #include <plex/ps/internal/Publishing.hpp>
 
 #include <utility>
@@ -106,9 +107,37 @@ void DdsPublisher<T, ST>::close()
     if (this->state_ == internal::EntityState::Closed) {
         return;
     }
+    closeDependents();
     writer_.reset();
     topic_.reset();
     this->state_ = internal::EntityState::Closed;
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::addDependent(InstancePublisher<T>& dependent)
+{
+    const std::lock_guard lock(dependentsMutex_);
+    if (dependentsClosed_) {
+        this->failClosed();
+    }
+    dependents_.push_back(&dependent);
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::removeDependent(InstancePublisher<T>& dependent)
+{
+    const std::lock_guard lock(dependentsMutex_);
+    dependents_.remove(&dependent);
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::closeDependents()
+{
+    const std::lock_guard lock(dependentsMutex_);
+    for (auto* const dependent : dependents_) {
+        dependent->close();
+    }
+    dependentsClosed_ = true;
 }
 
 template <class T, class ST>
@@ -128,7 +157,7 @@ std::shared_ptr<Plex> DdsPublisherDelegator<T, ST>::getPlex() const
 template <class T, class ST>
 std::unique_ptr<InstancePublisher<T>> DdsPublisherDelegator<T, ST>::createInstancePublisher(const T& instance)
 {
-    return impl_->createInstancePublisher(instance);
+    return std::make_unique<InstanceDdsPublisher<T, ST>>(impl_, instance, waitForAckTimeoutMs_);
 }
 
 template <class T, class ST>

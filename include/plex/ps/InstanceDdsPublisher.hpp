@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/InstancePublisher.hpp>
+#include <plex/ps/DdsPublisher.hpp>
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+namespace ovra::plex::ps
+{
+
+/// Publishes values of one keyed instance through a writer of its own.
+///
+/// The instance is registered once; it is neither unregistered nor disposed of on close, the writer's end
+/// ends it.
+/// Threads: all operations may be called from several threads at once, which its mutex serializes. Lock
+/// order: the parent's dependents mutex before an instance publisher's, never the other way.
+/// Ownership: shares its parent, which knows it without owning it; owns its DDS publisher and writer.
+template <class T, class ST>
+class InstanceDdsPublisher final : public InstancePublisher<T>
+{
+public:
+    /// Registers the instance whose key the value carries, and makes itself known to the parent.
+    /// @throws IllegalStateException when the parent is closed, the type has no key or the value is another
+    ///         transport's; PlexException when a DDS entity cannot be made. Nothing is left behind then.
+    InstanceDdsPublisher(std::shared_ptr<DdsPublisher<T, ST>> parent, const T& value,
+                         std::int64_t waitForAckTimeoutMs);
+    InstanceDdsPublisher(const InstanceDdsPublisher&) = delete;
+    InstanceDdsPublisher& operator=(const InstanceDdsPublisher&) = delete;
+    ~InstanceDdsPublisher() override;
+
+    /// A new value that carries the instance's key.
+    /// @throws PlexException when DDS does not tell the key.
+    std::shared_ptr<T> createDataEntity() override;
+
+    std::shared_ptr<Plex> getPlex() const override;
+
+    /// @throws IllegalStateException also when DDS refuses the value.
+    void publish(const T& value, const std::chrono::milliseconds& timeout) override;
+    void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
+    void close() override;
+
+private:
+    void createDdsEntities(const T& value);
+    void checkState() const;
+    static void checkTimeout(const std::chrono::milliseconds& timeout);
+    void checkWritten(internal::ReturnCode result) const;
+
+    log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsInstancePublisher");
+    const std::shared_ptr<DdsPublisher<T, ST>> parent_;
+    std::shared_ptr<internal::dds::Topic> topic_;
+    std::shared_ptr<internal::dds::Publisher> publisher_;
+    std::shared_ptr<internal::dds::DataWriter> writer_;
+    internal::InstanceHandle_t instanceHandle_;
+    bool closed_ = false;
+    std::mutex mutex_; ///< serializes publishing, createDataEntity() and closing
+    const std::int64_t waitForAckTimeoutMs_;
+};
+
+} // namespace ovra::plex::ps
+
+#include <plex/ps/detail/InstanceDdsPublisher.inl>

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/ps/DataEntities.hpp>
+#include <plex/ps/internal/Publishing.hpp>
+
+#include <utility>
+
+namespace ovra::plex::ps
+{
+
+template <class T, class ST>
+InstanceDdsPublisher<T, ST>::InstanceDdsPublisher(std::shared_ptr<DdsPublisher<T, ST>> parent, const T& value,
+                                                  std::int64_t waitForAckTimeoutMs)
+    : parent_(std::move(parent))
+    , waitForAckTimeoutMs_(waitForAckTimeoutMs)
+{
+    parent_->checkState();
+    createDdsEntities(value);
+    parent_->addDependent(*this);
+}
+
+template <class T, class ST>
+InstanceDdsPublisher<T, ST>::~InstanceDdsPublisher()
+{
+    InstanceDdsPublisher::close();
+    parent_->removeDependent(*this);
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::createDdsEntities(const T& value)
+{
+    const internal::PublisherTexts texts{logger_, "Instance publisher waiting for acknowledgment failed",
+                                         "Instance writer waiting for acknowledgment failed",
+                                         waitForAckTimeoutMs_};
+    const auto& participant = parent_->participant();
+    topic_ = internal::holdTopic(participant, parent_->createTopic().first, logger_,
+                                 "Failed to delete topic for dds publisher");
+    publisher_ = internal::holdPublisher(participant, parent_->createPublisher(), texts);
+    writer_ = internal::holdWriter(publisher_,
+                                   parent_->createWriter(*publisher_, *topic_, logger_, std::nullopt), texts);
+
+    const ST& adapter = obtainImpl<T, ST>(value, logger_);
+    instanceHandle_ = writer_->register_instance(internal::asSample(&adapter.wire()));
+    if (!instanceHandle_.isDefined() && instanceHandle_ == internal::dds::HANDLE_NIL) {
+        internal::fail<IllegalStateException>(logger_, "Key instance not created");
+    }
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::checkState() const
+{
+    if (closed_) {
+        internal::fail<IllegalStateException>(logger_, "InstancePublisher already closed");
+    }
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout)
+{
+    if (timeout.count() < 0) {
+        throw PlexException("Negative timeout given to publish instance");
+    }
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::checkWritten(internal::ReturnCode result) const
+{
+    if (result != internal::RETCODE_OK) {
+        internal::failWithErrMsg<IllegalStateException>(logger_,
+                                                        internal::withCode("Publish failed", result));
+    }
+}
+
+template <class T, class ST>
+std::shared_ptr<Plex> InstanceDdsPublisher<T, ST>::getPlex() const
+{
+    return parent_->getPlex();
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::publish(const T& value, const std::chrono::milliseconds& timeout)
+{
+    const std::lock_guard lock(mutex_);
+    checkState();
+    checkTimeout(timeout);
+    const ST& adapter = obtainImpl<T, ST>(value, logger_);
+    checkWritten(internal::code(writer_->write(internal::asSample(&adapter.wire()), instanceHandle_)));
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value,
+                                          const std::chrono::milliseconds& timeout)
+{
+    const std::lock_guard lock(mutex_);
+    checkState();
+    checkTimeout(timeout);
+    const internal::Time_t time = internal::toSourceTime(sourceTimestamp);
+    const ST& adapter = obtainImpl<T, ST>(value, logger_);
+    checkWritten(internal::code(
+        writer_->write_w_timestamp(internal::asSample(&adapter.wire()), instanceHandle_, time)));
+}
+
+template <class T, class ST>
+std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
+{
+    const std::lock_guard lock(mutex_);
+    checkState();
+    auto entity = createDataEntityInternal<T, ST>();
+    auto& wire = obtainImpl<T, ST>(*entity, logger_).wire();
+    const auto result = internal::code(writer_->get_key_value(&wire, instanceHandle_));
+    if (result != internal::RETCODE_OK) {
+        internal::failWithErrMsg(logger_, internal::withCode("Getting instance key failed", result));
+    }
+    return entity;
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::close()
+{
+    const std::lock_guard lock(mutex_);
+    if (!closed_) {
+        writer_.reset();
+        topic_.reset();
+        closed_ = true;
+    }
+}
+
+} // namespace ovra::plex::ps

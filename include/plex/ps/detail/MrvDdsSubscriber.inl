@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/ps/DataEntities.hpp>
+
+#include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
+
+#include <thread>
+
+namespace ovra::plex::ps
+{
+
+template <class T, class ST>
+MrvDdsSubscriber<T, ST>::MrvDdsSubscriber(const Uri& uri, const qos::QoSList& qos,
+                                          const Plex::Properties& properties,
+                                          const internal::ParticipantPointer& participant)
+    : internal::DdsBasePubSub<T, ST>(uri, qos, properties, participant)
+    , m_topic(makeTopic())
+    , m_subscriber(this->createSubscriber())
+    , m_reader(makeReader())
+{
+    this->state_ = internal::EntityState::Initialized;
+}
+
+template <class T, class ST>
+MrvDdsSubscriber<T, ST>::~MrvDdsSubscriber()
+{
+    release();
+}
+
+template <class T, class ST>
+std::shared_ptr<internal::dds::Topic> MrvDdsSubscriber<T, ST>::makeTopic()
+{
+    return internal::holdTopic(
+        this->participant_, this->createTopic().first, m_logger,
+        internal::withUri("Failed to delete topic for Mrv dds subscriber.", this->uri_));
+}
+
+template <class T, class ST>
+std::shared_ptr<internal::dds::DataReader> MrvDdsSubscriber<T, ST>::makeReader()
+{
+    const internal::dds::StatusMask communicationStatuses(0x7FE7);
+    internal::dds::DataReaderQos qos;
+    qos.history().kind = internal::dds::KEEP_LAST_HISTORY_QOS;
+    qos.history().depth = 1;
+    qos.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
+    if (ST().hasKey()) { // every instance counts, however many
+        qos.resource_limits().max_instances = internal::dds::LENGTH_UNLIMITED;
+        qos.resource_limits().max_samples = internal::dds::LENGTH_UNLIMITED;
+    }
+    auto* const reader = m_subscriber->create_datareader(m_topic.get(), qos, nullptr, communicationStatuses);
+    if (reader == nullptr) {
+        internal::fail(m_logger,
+                       internal::withUri("Failed to create data reader for Mrv dds subscriber.", this->uri_));
+    }
+    return internal::holdReader(
+        m_subscriber, m_topic, reader, m_logger,
+        internal::withUri("Failed to delete datareader for Mrv dds subscriber.", this->uri_));
+}
+
+template <class T, class ST>
+void MrvDdsSubscriber<T, ST>::release()
+{
+    m_reader.reset();
+    m_topic.reset();
+    this->state_ = internal::EntityState::Closed;
+}
+
+template <class T, class ST>
+void MrvDdsSubscriber<T, ST>::close()
+{
+    const std::lock_guard closing(m_closeMutex);
+    if (this->state_ == internal::EntityState::Closed) {
+        LOG4CPLUS_DEBUG(m_logger, "MrvSubscriber already closed");
+        return;
+    }
+    release();
+}
+
+template <class T, class ST>
+std::vector<std::shared_ptr<T>>
+MrvDdsSubscriber<T, ST>::readMostRecent(const std::chrono::milliseconds& timeout)
+{
+    using Samples = internal::LoanedSamples<typename ST::DdsType>;
+    this->checkState();
+    if (timeout.count() < 0) {
+        throw PlexException(
+            internal::withUri("Negative timeout given to Mrv subscriber readMostRecent.", this->uri_));
+    }
+    std::this_thread::sleep_for(timeout);
+
+    const auto makeGuard = [this](Samples& samples) {
+        return internal::LoanGuard(
+            *m_reader, samples, m_logger,
+            "Reader failed to return loaned data back to the middle-layer for Mrv dds subscriber");
+    };
+    std::vector<std::shared_ptr<T>> values;
+    const auto append = [&](const Samples& samples) {
+        if (!samples.infos[0].valid_data) {
+            return; // a change of state without a value, for instance one of several writers went
+        }
+        auto value = createDataEntityInternal<T, ST>();
+        obtainImpl<T, ST>(*value, m_logger).assign(samples.data[0]);
+        values.push_back(std::move(value));
+    };
+    const auto result = internal::readInstances<typename ST::DdsType>(
+        *m_reader, internal::dds::ALIVE_INSTANCE_STATE, makeGuard, append);
+    if (result != internal::RETCODE_OK) {
+        internal::failWithErrMsg(
+            m_logger,
+            internal::withCode(internal::withUri("Read failed for Mrv dds subscriber.", this->uri_), result));
+    }
+    return values;
+}
+
+} // namespace ovra::plex::ps
