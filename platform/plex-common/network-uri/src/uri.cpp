@@ -26,14 +26,14 @@ void uri::parse(std::string text)
         return present ? Part{static_cast<std::size_t>(piece.data() - text.data()), piece.size(), true}
                        : Part{};
     };
-    scheme_ = part(url.has_scheme(), url.scheme());
-    authority_ = part(url.has_authority(), url.encoded_authority());
-    userInfo_ = part(url.has_userinfo(), url.encoded_userinfo());
-    host_ = part(url.has_authority(), url.encoded_host());
-    port_ = part(url.has_port(), url.port());
-    path_ = part(!url.encoded_path().empty(), url.encoded_path());
-    query_ = part(url.has_query(), url.encoded_query());
-    fragment_ = part(url.has_fragment(), url.encoded_fragment());
+    parts_.scheme = part(url.has_scheme(), url.scheme());
+    parts_.authority = part(url.has_authority(), url.encoded_authority());
+    parts_.userInfo = part(url.has_userinfo(), url.encoded_userinfo());
+    parts_.host = part(url.has_authority(), url.encoded_host());
+    parts_.port = part(url.has_port(), url.port());
+    parts_.path = part(!url.encoded_path().empty(), url.encoded_path());
+    parts_.query = part(url.has_query(), url.encoded_query());
+    parts_.fragment = part(url.has_fragment(), url.encoded_fragment());
     text_ = std::move(text);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace network
 {
@@ -43,38 +44,58 @@ public:
         parse(std::string(first, last));
     }
 
-    bool has_scheme() const noexcept { return scheme_.present; }
+    uri(const uri&) = default;
+    uri& operator=(const uri&) = default;
 
-    bool has_user_info() const noexcept { return userInfo_.present; }
+    /// Leaves the other as the empty reference.
+    uri(uri&& other) noexcept { swap(other); }
 
-    bool has_host() const noexcept { return host_.present; }
+    uri& operator=(uri&& other) noexcept
+    {
+        uri(std::move(other)).swap(*this);
+        return *this;
+    }
 
-    bool has_port() const noexcept { return port_.present; }
+    ~uri() = default;
 
-    bool has_path() const noexcept { return path_.present; }
+    void swap(uri& other) noexcept
+    {
+        std::swap(text_, other.text_);
+        std::swap(parts_, other.parts_);
+    }
 
-    bool has_query() const noexcept { return query_.present; }
+    bool has_scheme() const noexcept { return parts_.scheme.present; }
 
-    bool has_fragment() const noexcept { return fragment_.present; }
+    bool has_user_info() const noexcept { return parts_.userInfo.present; }
 
-    bool has_authority() const noexcept { return authority_.present; }
+    bool has_host() const noexcept { return parts_.host.present; }
 
-    std::string_view scheme() const noexcept { return view(scheme_); }
+    bool has_port() const noexcept { return parts_.port.present; }
 
-    std::string_view user_info() const noexcept { return view(userInfo_); }
+    bool has_path() const noexcept { return parts_.path.present; }
 
-    std::string_view host() const noexcept { return view(host_); }
+    bool has_query() const noexcept { return parts_.query.present; }
 
-    std::string_view port() const noexcept { return view(port_); }
+    bool has_fragment() const noexcept { return parts_.fragment.present; }
+
+    bool has_authority() const noexcept { return parts_.authority.present; }
+
+    std::string_view scheme() const noexcept { return view(parts_.scheme); }
+
+    std::string_view user_info() const noexcept { return view(parts_.userInfo); }
+
+    std::string_view host() const noexcept { return view(parts_.host); }
+
+    std::string_view port() const noexcept { return view(parts_.port); }
 
     /// As written, percent-encoded.
-    std::string_view path() const noexcept { return view(path_); }
+    std::string_view path() const noexcept { return view(parts_.path); }
 
-    std::string_view query() const noexcept { return view(query_); }
+    std::string_view query() const noexcept { return view(parts_.query); }
 
-    std::string_view fragment() const noexcept { return view(fragment_); }
+    std::string_view fragment() const noexcept { return view(parts_.fragment); }
 
-    std::string_view authority() const noexcept { return view(authority_); }
+    std::string_view authority() const noexcept { return view(parts_.authority); }
 
     /// The text that the object was made from.
     std::string string() const { return text_; }
@@ -97,6 +118,17 @@ private:
         bool present = false;
     };
 
+    struct Parts {
+        Part scheme;
+        Part userInfo;
+        Part host;
+        Part port;
+        Part path;
+        Part query;
+        Part fragment;
+        Part authority;
+    };
+
     void parse(std::string text);
 
     std::string_view view(const Part& part) const noexcept
@@ -105,14 +137,7 @@ private:
     }
 
     std::string text_;
-    Part scheme_;
-    Part userInfo_;
-    Part host_;
-    Part port_;
-    Part path_;
-    Part query_;
-    Part fragment_;
-    Part authority_;
+    Parts parts_;
 };
 
 } // namespace network
