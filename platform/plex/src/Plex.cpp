@@ -3,6 +3,7 @@
 #include <plex/Transport.hpp>
 #include <plex/common/SharedLibrary.hpp>
 
+#include <algorithm>
 #include <mutex>
 
 namespace ovra::plex
@@ -10,6 +11,15 @@ namespace ovra::plex
 
 namespace
 {
+
+/// The part of a scheme before its '+', in lower case: URI schemes know no case (RFC 3986, 3.1).
+std::string transportName(const std::string& scheme)
+{
+    std::string name = scheme.substr(0, scheme.find('+'));
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return name;
+}
 
 /// The instance that an application holds: hands each call to the transport that the scheme names.
 class TransportSelector final : public Plex
@@ -27,7 +37,7 @@ protected:
 private:
     std::shared_ptr<Plex> transport(const std::string& scheme)
     {
-        const std::string name = scheme.substr(0, scheme.find('+'));
+        const std::string name = transportName(scheme);
         if (name.empty()) {
             throw PlexException("Uri names no transport: it has no scheme");
         }
