@@ -2,8 +2,8 @@
 #pragma once
 
 #include <plex/dds/DdsPlex.hpp>
-#include <plex/ps/DdsPublisher.hpp>
-#include <plex/ps/DdsSubscriber.hpp>
+#include <plex/ps/DdsPublisherDelegator.hpp>
+#include <plex/ps/DdsSubscriberDelegator.hpp>
 #include <plex/ps/MrvDdsSubscriber.hpp>
 
 #include <memory>

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/ps/DdsPublisher.hpp>
+#include <plex/ps/InstanceDdsPublisher.hpp>
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+
+namespace ovra::plex::ps
+{
+
+/// What an application holds: forwards every call to a publisher that it shares with its instance
+/// publishers.
+template <class T, class ST>
+class DdsPublisherDelegator : public Publisher<T>
+{
+public:
+    /// @throws PlexException when property "dds.wait_for_ack.timeout_ms" is no number.
+    DdsPublisherDelegator(std::shared_ptr<DdsPublisher<T, ST>> impl, const Plex::Properties& properties);
+
+    std::shared_ptr<Plex> getPlex() const override;
+    std::unique_ptr<InstancePublisher<T>> createInstancePublisher(const T& instance) override;
+    void publish(const T& value, const std::chrono::milliseconds& timeout) override;
+    void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
+    std::shared_ptr<T> createDataEntity() override;
+    void close() override;
+
+private:
+    const std::shared_ptr<DdsPublisher<T, ST>> impl_;
+    const std::int64_t waitForAckTimeoutMs_; ///< for the instance publishers
+};
+
+} // namespace ovra::plex::ps
+
+#include <plex/ps/detail/DdsPublisherDelegator.inl>
