@@ -3,13 +3,12 @@
 
 #include <plex/dds/DdsUriHelper.hpp>
 #include <plex/dds/ProfileName.hpp>
+#include <plex/ps/internal/SampleAge.hpp>
 
 #include <fastdds/dds/publisher/qos/DataWriterQos.hpp>
 #include <fastdds/dds/publisher/qos/PublisherQos.hpp>
 #include <fastdds/dds/subscriber/qos/SubscriberQos.hpp>
 #include <fastdds/dds/topic/qos/TopicQos.hpp>
-
-#include <chrono>
 
 namespace ovra::plex::ps::internal
 {
@@ -177,31 +176,10 @@ inline bool DdsEntityBase::isQosExceeded(const dds::SampleInfo& info) const
     if (latencyMs_ < 1 && deadlineMs_ < 1) {
         return false;
     }
-    using namespace std::chrono;
-    constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
-    const auto now = duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
-    const auto nowSeconds = static_cast<std::int32_t>(now / nanosecondsPerSecond);
-    const auto nowNanoseconds = static_cast<std::uint32_t>(now % nanosecondsPerSecond);
-    const std::int32_t seconds = info.source_timestamp.seconds();
-    const std::uint32_t nanoseconds = info.source_timestamp.nanosec();
-
-    if (latencyMs_ > 0) {
-        const std::uint32_t nowMs =
-            static_cast<std::uint32_t>(nowSeconds) * 1000U + nowNanoseconds / 1'000'000U;
-        const std::uint32_t sampleMs = static_cast<std::uint32_t>(seconds) * 1000U + nanoseconds / 1'000'000U;
-        if (latencyMs_ < std::int64_t{nowMs} - std::int64_t{sampleMs}) {
-            return true;
-        }
-    }
-    if (deadlineMs_ < 1) {
-        return false;
-    }
-    const std::int64_t limitNanoseconds =
-        std::int64_t{nanoseconds} + (deadlineMs_ % 1000) * std::int64_t{1'000'000};
-    const std::int64_t limitSeconds =
-        std::int64_t{seconds} + deadlineMs_ / 1000 + limitNanoseconds / nanosecondsPerSecond;
-    return std::pair(std::int64_t{nowSeconds}, std::int64_t{nowNanoseconds}) >=
-           std::pair(limitSeconds, limitNanoseconds % nanosecondsPerSecond);
+    const WallTime now = WallTime::now();
+    const WallTime sample{info.source_timestamp.seconds(), info.source_timestamp.nanosec()};
+    return (latencyMs_ > 0 && isOlderThan(sample, latencyMs_, now)) ||
+           (deadlineMs_ > 0 && isPastDeadline(sample, deadlineMs_, now));
 }
 
 inline std::pair<std::int32_t, std::int32_t>
