@@ -58,14 +58,20 @@ LibrarySymbol factorySymbol(const std::string& kind, const std::type_info& value
             "generated_dds_" + kind + "_" + module + "_" + name.substr(separator + 2)};
 }
 
-/// Deletes a participant, and what was left in it, through the factory, which it keeps alive.
+/// Deletes a participant through the factory, which it keeps alive; what was left in it is deleted too, but
+/// not without a word.
 class ParticipantDeleter
 {
 public:
     void operator()(dds::DomainParticipant* participant) const noexcept
     {
-        participant->delete_contained_entities();
-        const auto code = ps::internal::code(factory_->delete_participant(participant));
+        auto code = ps::internal::code(factory_->delete_participant(participant));
+        if (code == ps::internal::RETCODE_PRECONDITION_NOT_MET) {
+            LOG4CPLUS_WARN(log4cplus::Logger::getInstance("plexDdsPlex"),
+                           "Participant is deleted with the entities that were left in it");
+            participant->delete_contained_entities();
+            code = ps::internal::code(factory_->delete_participant(participant));
+        }
         if (code != ps::internal::RETCODE_OK) {
             LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("plexDdsPlex"),
                             "Failed to delete participant code:" << code);

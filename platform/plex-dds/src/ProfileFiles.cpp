@@ -7,11 +7,39 @@
 #include <fastdds/dds/domain/DomainParticipantFactory.hpp>
 
 #include <filesystem>
+#include <fstream>
 #include <mutex>
+#include <regex>
 #include <set>
+#include <sstream>
+#include <string>
 
 namespace ovra::plex
 {
+
+namespace
+{
+
+/// Empty where the file cannot be read, which is no valid file of profiles either.
+std::string readFile(const std::string& path)
+{
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+/// The profiles with the element names of this generation of Fast DDS, so that one file serves all.
+std::string translated(const std::string& profiles)
+{
+    std::string result = profiles;
+    for (const auto& [elsewhere, here] : ps::internal::renamedProfileElements) {
+        result = std::regex_replace(result, std::regex("(</?)" + std::string(elsewhere) + "\\b"),
+                                    "$1" + std::string(here));
+    }
+    return result;
+}
+
+} // namespace
 
 void loadProfileFileOnce(const std::string& file)
 {
@@ -28,8 +56,10 @@ void loadProfileFileOnce(const std::string& file)
     if (loaded.count(path) != 0) {
         return;
     }
+    const std::string profiles = translated(readFile(path));
     auto* const factory = eprosima::fastdds::dds::DomainParticipantFactory::get_instance();
-    if (ps::internal::code(factory->load_XML_profiles_file(path)) != ps::internal::RETCODE_OK) {
+    if (ps::internal::code(factory->load_XML_profiles_string(profiles.data(), profiles.size())) !=
+        ps::internal::RETCODE_OK) {
         throw PlexException("Failed to load QoS profile file " + file + ": not a valid file of QoS profiles");
     }
     loaded.insert(path);

@@ -142,6 +142,32 @@ using TopicDataType = eprosima::fastdds::dds::TopicDataType;
 
 #endif
 
+/// An element of an XML profile that this generation of Fast DDS calls otherwise than another one.
+struct RenamedElement {
+    const char* elsewhere;
+    const char* here;
+};
+
+inline constexpr RenamedElement renamedProfileElements[] = {
+#if PLEX_FASTDDS_GENERATION >= 3
+    {"expectsInlineQos", "expects_inline_qos"},
+    {"heartbeatPeriod", "heartbeat_period"},
+    {"heartbeatResponseDelay", "heartbeat_response_delay"},
+    {"initialAcknackDelay", "initial_acknack_delay"},
+    {"initialHeartbeatDelay", "initial_heartbeat_delay"},
+    {"nackResponseDelay", "nack_response_delay"},
+    {"nackSupressionDuration", "nack_supression_duration"},
+#else
+    {"expects_inline_qos", "expectsInlineQos"},
+    {"heartbeat_period", "heartbeatPeriod"},
+    {"heartbeat_response_delay", "heartbeatResponseDelay"},
+    {"initial_acknack_delay", "initialAcknackDelay"},
+    {"initial_heartbeat_delay", "initialHeartbeatDelay"},
+    {"nack_response_delay", "nackResponseDelay"},
+    {"nack_supression_duration", "nackSupressionDuration"},
+#endif
+};
+
 /// A value to be written, as the write operations of every generation accept it; they do not change it.
 inline void* asSample(const void* sample) noexcept
 {
