@@ -25,6 +25,13 @@ struct PubSubTypeTraits {
     std::uint32_t maxKeyBytes; ///< largest serialized key in bytes
 };
 
+/// Calls the module's deserialize() for an encoding, which a member of that name would hide.
+template <class DdsType>
+void decode(Cdr& cdr, DdsType& value, EncodingAlgorithmFlag encoding)
+{
+    deserialize(cdr, value, encoding);
+}
+
 /// A Fast DDS topic data type over a wire type with Fast CDR functions (calculate_serialized_size,
 /// serialize, deserialize with and without an encoding, serialize_key).
 ///
@@ -91,7 +98,7 @@ public:
                 encoding != EncodingAlgorithmFlag::DELIMIT_CDR2) {
                 return false;
             }
-            eprosima::fastcdr::deserialize(cdr, *static_cast<DdsType*>(data), encoding);
+            decode(cdr, *static_cast<DdsType*>(data), encoding);
         } catch (const eprosima::fastcdr::exception::Exception&) {
             return false;
         }
