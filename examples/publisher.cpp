@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+// Publishes the position and the temperature of a dome, each value numbered from 0.
+#include "Settings.hpp"
+
+#include <plex/Plex.hpp>
+#include <vexstubif/AltAz.hpp>
+#include <vexstubif/DomeTemperature.hpp>
+
+#include <chrono>
+#include <iostream>
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace
+{
+
+void publish(const Settings& settings, unsigned count, double rate)
+{
+    auto plex = ovra::plex::Plex::create(settings.properties());
+    auto positions = plex->createPublisher<vexstubif::AltAz>(settings.uri("dome/position"));
+    auto temperatures = plex->createPublisher<vexstubif::DomeTemperature>(settings.uri("dome/temperature"));
+
+    auto position = positions->createDataEntity();
+    auto temperature = temperatures->createDataEntity();
+    const auto period = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+        std::chrono::duration<double>(1.0 / rate));
+    auto next = std::chrono::steady_clock::now();
+    for (unsigned i = 0; i < count; ++i) {
+        position->setAlt(i);
+        position->setAz(i / 10.0);
+        positions->publish(*position, 0ms);
+        temperature->setTemp(i);
+        temperatures->publish(*temperature, 0ms);
+        next += period;
+        std::this_thread::sleep_until(next);
+    }
+    // Closing waits until the values are acknowledged.
+    positions->close();
+    temperatures->close();
+    std::cout << "published " << count << " positions and " << count << " temperatures\n";
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app{"Publishes the position and the temperature of a dome"};
+    Settings settings;
+    unsigned count = 100;
+    double rate = 20.0;
+    settings.addTo(app);
+    app.add_option("--count", count, "how many values of each topic")->capture_default_str();
+    app.add_option("--rate", rate, "values a second")->check(CLI::PositiveNumber)->capture_default_str();
+    CLI11_PARSE(app, argc, argv);
+
+    configureLogging();
+    try {
+        publish(settings, count, rate);
+    } catch (const std::exception& error) {
+        std::cerr << "publisher: " << error.what() << '\n';
+        return 1;
+    }
+}
