@@ -73,8 +73,8 @@ private:
         void append(const log4cplus::spi::InternalLoggingEvent& event) override
         {
             const std::lock_guard lock(mutex_);
-            records_.push_back({event.getLoggerName(), event.getLogLevel(), event.getMessage(), event.getFile(),
-                                event.getLine()});
+            records_.push_back({event.getLoggerName(), event.getLogLevel(), event.getMessage(),
+                                event.getFile(), event.getLine()});
         }
 
     private:

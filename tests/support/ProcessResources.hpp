@@ -25,8 +25,8 @@ struct ProcessResources {
 inline ProcessResources processResources()
 {
     const auto entries = [](const char* directory) {
-        return static_cast<std::size_t>(
-            std::distance(std::filesystem::directory_iterator(directory), std::filesystem::directory_iterator()));
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(directory),
+                                                      std::filesystem::directory_iterator()));
     };
     return {entries("/proc/self/task"), entries("/proc/self/fd")};
 }

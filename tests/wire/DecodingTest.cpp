@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "TopicTypes.hpp"
 
+#include <fastcdr/FastBuffer.h>
+
 namespace plex::test
 {
 
 namespace
 {
+
+using eprosima::fastcdr::Cdr;
+using eprosima::fastcdr::CdrVersion;
+using eprosima::fastcdr::EncodingAlgorithmFlag;
 
 /// The members of the longest version of a type that these tests know.
 const Bits manyMembers{0x3FF0123456789ABC, 0xC0FEDCBA98765432, 0x4037A1B2C3D4E5F6, 0x8000000000000001};
@@ -13,6 +19,26 @@ const Bits manyMembers{0x3FF0123456789ABC, 0xC0FEDCBA98765432, 0x4037A1B2C3D4E5F
 constexpr std::uint32_t memberBytes = 8;
 constexpr std::size_t headerBytes = 8; ///< encapsulation and delimiter header
 
+/// A value of a mutable type, which lists its members with their identifiers.
+Bytes parameterList(EncodingAlgorithmFlag encoding, const Bits& members)
+{
+    Bytes memory(100);
+    eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(memory.data()), memory.size());
+    const bool version2 = encoding == EncodingAlgorithmFlag::PL_CDR2;
+    Cdr cdr(buffer, Cdr::DEFAULT_ENDIAN, version2 ? CdrVersion::XCDRv2 : CdrVersion::XCDRv1);
+    cdr.set_encoding_flag(encoding);
+    cdr.serialize_encapsulation();
+    Cdr::state state(cdr);
+    cdr.begin_serialize_type(state, encoding);
+    std::uint32_t id = 0;
+    for (const auto member : members) {
+        cdr << eprosima::fastcdr::MemberId(id++) << member;
+    }
+    cdr.end_serialize_type(state);
+    return firstBytes(memory, cdr.get_serialized_data_length());
+}
+
+/// The members of a value of which only the first ones were sent.
 Bits valuesOf(const TopicType& type, std::size_t sent)
 {
     Bits members = firstMembers(type, manyMembers);
@@ -186,6 +212,15 @@ TEST_P(Decoding, OnlySixEncapsulationIdentifiersAreAccepted)
                 wrongIdentifierIsAccepted(static_cast<std::uint16_t>(id), payloadOf(encoding, members())))
                 << id << " over a payload in " << encoding;
         }
+    }
+}
+
+TEST_P(Decoding, ParameterListsAreRefused)
+{
+    for (const auto encoding : {EncodingAlgorithmFlag::PL_CDR, EncodingAlgorithmFlag::PL_CDR2}) {
+        const auto payload = parameterList(encoding, members());
+        EXPECT_EQ(payload.at(1) & ~1, encoding);
+        EXPECT_EQ(decoded(type(), payload), std::nullopt) << encoding;
     }
 }
 
