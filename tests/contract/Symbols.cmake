@@ -1,0 +1,13 @@
+# SPDX-License-Identifier: Apache-2.0
+# What the libraries show to the dynamic loader.
+
+add_test(NAME Symbols.OfTheModuleLibraryAreTheCommittedOnes
+         COMMAND ${CMAKE_COMMAND} -DNM=${CMAKE_NM} -DLIBRARY=$<TARGET_FILE:plex-dds-vexstubif>
+                 -DLIST=${CMAKE_CURRENT_SOURCE_DIR}/symbols-vexstubif.txt
+                 -P ${CMAKE_CURRENT_SOURCE_DIR}/CheckSymbols.cmake)
+
+foreach(library IN ITEMS plex-common plex plex-icd-vexstubif plex-dds plex-dds-vexstubif)
+    add_test(NAME Symbols.NoneIsOutsideTheNamespacesIn_${library}
+             COMMAND ${CMAKE_COMMAND} -DNM=${CMAKE_NM} -DLIBRARY=$<TARGET_FILE:${library}>
+                     -P ${CMAKE_CURRENT_SOURCE_DIR}/CheckNamespaces.cmake)
+endforeach()
