@@ -4,12 +4,12 @@
 #include <plex/PlexException.hpp>
 #include <plex/ps/internal/fastdds.hpp>
 
+#include <boost/algorithm/string/replace.hpp>
 #include <fastdds/dds/domain/DomainParticipantFactory.hpp>
 
 #include <filesystem>
 #include <fstream>
 #include <mutex>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -33,8 +33,11 @@ std::string translated(const std::string& profiles)
 {
     std::string result = profiles;
     for (const auto& [elsewhere, here] : ps::internal::renamedProfileElements) {
-        result = std::regex_replace(result, std::regex("(</?)" + std::string(elsewhere) + "\\b"),
-                                    "$1" + std::string(here));
+        for (const std::string open : {"<", "</"}) {
+            for (const char* const end : {">", "/", " ", "\t", "\r", "\n"}) {
+                boost::replace_all(result, open + elsewhere + end, open + here + end);
+            }
+        }
     }
     return result;
 }
