@@ -165,10 +165,11 @@ SubscriptionManager<T, ST>::add(internal::DispatchMutex& mutex, Registry<Info>& 
                                 const DataEventFilter<T>& filter, Function& function,
                                 SubscriberPointer subscriber)
 {
+    std::unique_ptr<Handle> handle; // outlives the lock, which it takes to go where registering fails
     const auto lock = mutex.lockForChange(logger_);
     Info info{Filter(filter, logger_), std::move(function)};
     std::string id = detail::newUUID();
-    auto handle = std::make_unique<Handle>(id, std::move(subscriber));
+    handle = std::make_unique<Handle>(id, std::move(subscriber));
     ensureUniqueFilter(id, info.filter);
     registry.emplace(std::move(id), std::move(info));
     return handle;
@@ -267,15 +268,23 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
 template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToListeners()
 {
-    typename ST::DdsType sample;
-    internal::dds::SampleInfo info;
-    while (internal::code(reader_->take_next_sample(&sample, &info)) == internal::RETCODE_OK) {
-        if (!info.valid_data) {
+    // Not take_next_sample(), which passes over samples that a notifier's look has marked as read.
+    internal::dds::LoanableSequence<typename ST::DdsType> samples(1);
+    internal::dds::SampleInfoSeq infos(1);
+    const auto takeNext = [&] {
+        samples.length(0);
+        infos.length(0);
+        return internal::code(reader_->take(samples, infos, 1, internal::dds::ANY_SAMPLE_STATE,
+                                            internal::dds::ANY_VIEW_STATE,
+                                            internal::dds::ANY_INSTANCE_STATE)) == internal::RETCODE_OK;
+    };
+    while (takeNext()) {
+        if (!infos[0].valid_data) {
             continue;
         }
         for (const auto& [id, subscription] : asyncRegistry_) {
-            dispatch(subscription, info,
-                     [&] { return std::make_shared<ST>(sample, ovra::plex::icd::dds::Borrow{}); });
+            dispatch(subscription, infos[0],
+                     [&] { return std::make_shared<ST>(samples[0], ovra::plex::icd::dds::Borrow{}); });
         }
     }
 }
