@@ -32,6 +32,7 @@ class DdsSubscriber : public std::enable_shared_from_this<DdsSubscriber<T, ST>>,
 public:
     using Callback = typename Subscriber<T>::Callback;
     using Notifier = typename Subscriber<T>::Notifier;
+    using Events = std::vector<std::shared_ptr<DataEvent<T>>>;
 
     /// A subscriber with its reader and subscription manager, ready for use.
     /// @throws PlexException when the URI or a property is bad or an entity cannot be made; nothing is left
@@ -58,8 +59,7 @@ public:
     bool readInstance(const T& value, T& out) override;
     std::shared_ptr<LoanedDataEntity<T>> loanedRead() override;
     std::shared_ptr<LoanedDataEntity<T>> loanedReadInstance(const T& value) override;
-    std::size_t readDataEvents(const DataEventFilter<T>& filter,
-                               std::vector<std::shared_ptr<DataEvent<T>>>& events, std::size_t maxEvents,
+    std::size_t readDataEvents(const DataEventFilter<T>& filter, Events& events, std::size_t eventCountLimit,
                                const std::chrono::milliseconds& timeout) override;
     std::unique_ptr<Subscription> subscribe(const DataEventFilter<T>& filter, Callback callback) override;
     std::size_t poll(std::size_t maxCount, const std::chrono::milliseconds& timeout) override;
@@ -77,7 +77,6 @@ public:
 private:
     using DdsType = typename ST::DdsType;
     using Filter = internal::SampleFilter<T, ST>;
-    using Events = std::vector<std::shared_ptr<DataEvent<T>>>;
     using Samples = internal::LoanedSamples<DdsType>;
     using ReaderPointer = std::shared_ptr<internal::dds::DataReader>;
 

@@ -28,7 +28,10 @@ public:
         }
     }
 
-    T& getData() override { return *value_; }
+    T& getData() override
+    {
+        return *value_; // NOLINT(bugprone-unchecked-optional-access): a loan is given out with its value only
+    }
 
     void close() override
     {

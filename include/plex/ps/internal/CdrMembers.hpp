@@ -55,7 +55,7 @@ void serializeMembers(Cdr& cdr, const Members&... members)
 /// @throws eprosima::fastcdr::exception::NotEnoughMemoryException when that lies beyond the buffer.
 inline const char* delimitedEnd(Cdr& cdr)
 {
-    Cdr::state start(cdr);
+    const Cdr::state start(cdr);
     std::uint32_t length = 0;
     cdr >> length;
     if (!cdr.jump(length)) {

@@ -79,7 +79,7 @@ public:
         if (result != RETCODE_OK) {
             fail(logger_, withCode(withUri("Wait set wait error.", uri_), result));
         }
-        const bool unread = std::find(active.begin(), active.end(), unread_.get()) != active.end();
+        const bool unread = std::ranges::find(active, unread_.get()) != active.end();
         return unread ? Result::Data : Result::Nothing;
     }
 

@@ -34,8 +34,8 @@ class DdsEntityBase
 public:
     /// @param typeSupport owns a new topic data type.
     /// @throws PlexException when the URI is no DDS publish/subscribe URI or the type cannot be registered.
-    DdsEntityBase(const Uri& uri, const qos::QoSList& qos, const Plex::Properties& properties,
-                  const ParticipantPointer& participant, dds::TypeSupport typeSupport);
+    DdsEntityBase(Uri uri, qos::QoSList qos, Plex::Properties properties, ParticipantPointer participant,
+                  dds::TypeSupport typeSupport);
     DdsEntityBase(const DdsEntityBase&) = delete;
     DdsEntityBase& operator=(const DdsEntityBase&) = delete;
     virtual ~DdsEntityBase() = default;

@@ -29,7 +29,7 @@ using ParticipantPointer = std::shared_ptr<dds::DomainParticipant>;
 /// Milliseconds as a DDS duration, fraction of a second included.
 inline Duration_t toDuration(std::int64_t milliseconds)
 {
-    return Duration_t(static_cast<long double>(milliseconds) / 1000.0L);
+    return {static_cast<long double>(milliseconds) / 1000.0L};
 }
 
 /// How the entities of a publisher word their failures and how long they wait before they go.

@@ -59,8 +59,8 @@ inline bool matchInstanceState(const dds::SampleInfo& info, InstanceState select
 inline bool matchInstanceEvent(const dds::SampleInfo& info, const std::set<InstanceEvent>& wanted)
 {
     return wanted.empty() ||
-           (info.view_state == dds::NEW_VIEW_STATE && wanted.count(InstanceEvent::New) != 0) ||
-           (info.view_state == dds::NOT_NEW_VIEW_STATE && wanted.count(InstanceEvent::Update) != 0);
+           (info.view_state == dds::NEW_VIEW_STATE && wanted.contains(InstanceEvent::New)) ||
+           (info.view_state == dds::NOT_NEW_VIEW_STATE && wanted.contains(InstanceEvent::Update));
 }
 
 /// A filter ready for matching: a copy that later changes of the original do not reach, with its instance
@@ -104,9 +104,9 @@ public:
         const bool sameState = filter_.instanceState == other.filter_.instanceState ||
                                filter_.instanceState == InstanceState::Any ||
                                other.filter_.instanceState == InstanceState::Any;
-        const bool sameEvent = mine.empty() || theirs.empty() ||
-                               std::any_of(mine.begin(), mine.end(),
-                                           [&](InstanceEvent event) { return theirs.count(event) != 0; });
+        const bool sameEvent =
+            mine.empty() || theirs.empty() ||
+            std::ranges::any_of(mine, [&](InstanceEvent event) { return theirs.contains(event); });
         return sameInstance && sameState && sameEvent;
     }
 

@@ -162,9 +162,9 @@ public:
 
     bool is_plain() const override { return false; }
 
-    bool is_plain(DataRepresentationId) const override { return false; }
+    bool is_plain(DataRepresentationId /*representation*/) const override { return false; }
 
-    bool construct_sample(void*) const override { return false; }
+    bool construct_sample(void* /*memory*/) const override { return false; }
 
 private:
     static constexpr std::uint32_t encapsulationBytes = 4;

@@ -27,7 +27,8 @@ inline std::int64_t waitForAckTimeoutMs(const Plex::Properties& properties)
 inline Time_t toSourceTime(double timestamp)
 {
     using Limits = std::numeric_limits<std::int32_t>;
-    if (!(timestamp > Limits::min() - 1.0 && timestamp < Limits::max() + 1.0)) {
+    const bool fits = timestamp > Limits::min() - 1.0 && timestamp < Limits::max() + 1.0; // no NaN does
+    if (!fits) {
         throw PlexException("Source timestamp does not fit 32 bits of seconds: " + std::to_string(timestamp));
     }
     const auto seconds = static_cast<std::int32_t>(timestamp);

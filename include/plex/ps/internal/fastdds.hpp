@@ -6,6 +6,7 @@
 
 #include <fastdds/dds/topic/TopicDataType.hpp>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -148,7 +149,7 @@ struct RenamedElement {
     const char* here;
 };
 
-inline constexpr RenamedElement renamedProfileElements[] = {
+inline constexpr auto renamedProfileElements = std::to_array<RenamedElement>({
 #if PLEX_FASTDDS_GENERATION >= 3
     {"expectsInlineQos", "expects_inline_qos"},
     {"heartbeatPeriod", "heartbeat_period"},
@@ -166,7 +167,7 @@ inline constexpr RenamedElement renamedProfileElements[] = {
     {"nack_response_delay", "nackResponseDelay"},
     {"nack_supression_duration", "nackSupressionDuration"},
 #endif
-};
+});
 
 /// A value to be written, as the write operations of every generation accept it; they do not change it.
 inline void* asSample(const void* sample) noexcept

@@ -13,13 +13,12 @@
 namespace ovra::plex::ps::internal
 {
 
-inline DdsEntityBase::DdsEntityBase(const Uri& uri, const qos::QoSList& qos,
-                                    const Plex::Properties& properties, const ParticipantPointer& participant,
-                                    dds::TypeSupport typeSupport)
-    : uri_(uri)
-    , qos_(qos)
-    , properties_(properties)
-    , participant_(participant)
+inline DdsEntityBase::DdsEntityBase(Uri uri, qos::QoSList qos, Plex::Properties properties,
+                                    ParticipantPointer participant, dds::TypeSupport typeSupport)
+    : uri_(std::move(uri))
+    , qos_(std::move(qos))
+    , properties_(std::move(properties))
+    , participant_(std::move(participant))
     , typeSupport_(std::move(typeSupport))
 {
     DdsUriHelper::checkUri(uri_, true);
