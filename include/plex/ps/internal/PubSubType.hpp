@@ -135,7 +135,7 @@ public:
 
     /// Computes the key hash of a value (RTPS 2.5, 9.6.4.8): its key members as big-endian plain CDR, or the
     /// MD5 of that where asked for or where it may be longer than 16 bytes.
-    /// @returns false, leaving the handle alone, when the type has no key.
+    /// @returns false, leaving the handle alone, when the type has no key or the value's cannot be encoded.
     bool getKey(void* data, InstanceHandle_t* handle, bool forceMd5 = false) override
     {
         if (!m_isGetKeyDefined) {
@@ -146,7 +146,11 @@ public:
         eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(keyBuffer_.get()), maxKeyBytes_);
         Cdr cdr(buffer, Cdr::BIG_ENDIANNESS, CdrVersion::XCDRv1);
         cdr.set_encoding_flag(EncodingAlgorithmFlag::PLAIN_CDR);
-        serialize_key(cdr, *static_cast<const DdsType*>(data));
+        try {
+            serialize_key(cdr, *static_cast<const DdsType*>(data));
+        } catch (const eprosima::fastcdr::exception::Exception&) {
+            return false;
+        }
         if (forceMd5 || maxKeyBytes_ > minKeyBytes) {
             md5_.init();
             md5_.update(keyBuffer_.get(), static_cast<unsigned int>(cdr.get_serialized_data_length()));
