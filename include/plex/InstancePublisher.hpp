@@ -44,6 +44,7 @@ public:
 
     /// Waits until the values sent so far are acknowledged (for a limited time) and gives the transport's
     /// resources back. Closing again does nothing.
+    /// @throws IllegalStateException inside a callback of Subscriber::subscribeAsync().
     virtual void close() = 0;
 };
 

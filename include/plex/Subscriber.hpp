@@ -37,6 +37,8 @@ public:
 
     /// Ends all subscriptions and gives the transport's resources back; loans stay valid. Closing again
     /// does nothing.
+    /// @throws IllegalStateException inside a callback of this subscriber, and inside one of any
+    ///         subscriber's subscribeAsync().
     virtual void close() = 0;
 
     /// Takes the values received so far, oldest first, at most maxSamples of them (0: no limit). Never
@@ -88,13 +90,15 @@ public:
     virtual std::size_t poll(std::size_t count, const std::chrono::milliseconds& timeout) = 0;
 
     /// Registers a callback that is called on a thread of the transport as data arrives. The event's value
-    /// is valid only until the callback returns.
+    /// is valid only until the callback returns. Publishers and subscribers must not be closed or dropped
+    /// inside it.
     /// @throws as subscribe().
     virtual std::unique_ptr<Subscription> subscribeAsync(const DataEventFilter<T>& filter,
                                                          Callback callback) = 0;
 
     /// Registers a notifier that is called on a thread of the transport as data arrives, at most once for
-    /// each arrival, and leaves the samples to be read.
+    /// each arrival, and leaves the samples to be read. What it has been told of counts as seen: waiting
+    /// reads and poll() do not wake for it.
     /// @throws as subscribe().
     virtual std::unique_ptr<Subscription> subscribeAsync(const DataEventFilter<T>& filter,
                                                          Notifier notifier) = 0;

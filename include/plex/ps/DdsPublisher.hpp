@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/Publisher.hpp>
+#include <plex/ps/internal/AsynchronousCallback.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 
 #include <chrono>
@@ -41,10 +42,13 @@ public:
 
     /// Closes the instance publishers, then gives back the writer and the topic. From two threads at once
     /// it closes once; both return when it is done.
+    /// @throws IllegalStateException inside an asynchronous callback, logged.
     void close() override;
 
     /// The participant, for an instance publisher's entities.
     const internal::ParticipantPointer& participant() const { return this->participant_; }
+
+    const Uri& uri() const { return this->uri_; }
 
     /// Remembers an instance publisher, so that closing this publisher closes it.
     /// @throws IllegalStateException when this publisher is closed.
@@ -54,6 +58,7 @@ public:
     void removeDependent(InstancePublisher<T>& dependent);
 
 private:
+    void release();
     void closeDependents();
     void createDdsEntities();
     void checkTimeout(const std::chrono::milliseconds& timeout) const;

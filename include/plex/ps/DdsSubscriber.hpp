@@ -51,7 +51,8 @@ public:
     /// Ends all subscriptions and waiting operations, then gives back reader and topic; outstanding loans
     /// keep the reader until they are back. From two threads at once it closes once; both return when it is
     /// done.
-    /// @throws IllegalStateException inside a callback of this subscriber, logged.
+    /// @throws IllegalStateException inside a polled callback of this subscriber and inside an asynchronous
+    ///         one of any, logged.
     void close() override;
 
     std::vector<std::shared_ptr<T>> read(std::size_t maxCount) override;
@@ -104,6 +105,7 @@ private:
     /// The manager, for one operation. @throws IllegalStateException unless open.
     std::shared_ptr<SubscriptionManager<T, ST>> openManager() const;
 
+    void release();
     void createReader();
     void attachManager();
     std::shared_ptr<internal::dds::Subscriber> createReadersSubscriber();

@@ -41,9 +41,12 @@ public:
     /// @throws IllegalStateException also when DDS refuses the value.
     void publish(const T& value, const std::chrono::milliseconds& timeout) override;
     void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
+
+    /// @throws IllegalStateException inside an asynchronous callback, logged.
     void close() override;
 
 private:
+    void release();
     void createDdsEntities(const T& value);
     void checkState() const;
     static void checkTimeout(const std::chrono::milliseconds& timeout);

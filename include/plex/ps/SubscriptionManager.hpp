@@ -4,6 +4,7 @@
 #include <plex/Subscriber.hpp>
 #include <plex/ps/DdsDataEvent.hpp>
 #include <plex/ps/DdsSubscription.hpp>
+#include <plex/ps/internal/AsynchronousCallback.hpp>
 #include <plex/ps/internal/DispatchMutex.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 #include <plex/ps/internal/Matching.hpp>

@@ -24,7 +24,7 @@ DdsPublisher<T, ST>::DdsPublisher(const Uri& uri, const qos::QoSList& qos, const
 template <class T, class ST>
 DdsPublisher<T, ST>::~DdsPublisher()
 {
-    DdsPublisher::close();
+    release();
 }
 
 template <class T, class ST>
@@ -101,6 +101,13 @@ std::shared_ptr<T> DdsPublisher<T, ST>::createDataEntity()
 
 template <class T, class ST>
 void DdsPublisher<T, ST>::close()
+{
+    internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
+    release();
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::release()
 {
     const std::lock_guard closing(closeMutex_);
     if (this->state_ == internal::EntityState::Closed) {

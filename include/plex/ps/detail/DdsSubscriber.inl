@@ -39,7 +39,7 @@ template <class T, class ST>
 DdsSubscriber<T, ST>::~DdsSubscriber() // NOLINT(bugprone-exception-escape)
 {
     if (this->state_ != internal::EntityState::Closed) {
-        DdsSubscriber::close();
+        release();
     }
 }
 
@@ -129,11 +129,18 @@ void DdsSubscriber<T, ST>::close()
         internal::fail<IllegalStateException>(
             logger_, internal::withUri("A subscriber can not be closed inside its own callback", this->uri_));
     }
+    internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
     const std::lock_guard closing(closeMutex_);
     if (this->state_ == internal::EntityState::Closed) {
         LOG4CPLUS_DEBUG(logger_, "Publisher already closed");
         return;
     }
+    release();
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::release()
+{
     closing_.set_trigger_value(true);
     if (const auto manager = manager_.load()) {
         manager->shutDown(); // a callback under way may still ask it whether it is one

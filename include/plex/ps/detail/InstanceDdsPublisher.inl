@@ -23,7 +23,7 @@ InstanceDdsPublisher<T, ST>::InstanceDdsPublisher(std::shared_ptr<DdsPublisher<T
 template <class T, class ST>
 InstanceDdsPublisher<T, ST>::~InstanceDdsPublisher()
 {
-    InstanceDdsPublisher::close();
+    release();
     parent_->removeDependent(*this);
 }
 
@@ -117,6 +117,13 @@ std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
 
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::close()
+{
+    internal::AsynchronousCallback::checkMayClose(logger_, parent_->uri());
+    release();
+}
+
+template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::release()
 {
     const std::lock_guard lock(mutex_);
     if (!closed_) {

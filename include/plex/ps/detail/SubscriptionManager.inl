@@ -220,6 +220,7 @@ void SubscriptionManager<T, ST>::onDataAvailable()
         return;
     }
     const internal::DispatchMutex::Pass pass(asyncMutex_);
+    const internal::AsynchronousCallback callbacks;
     if (!reader_) {
         return;
     }
@@ -241,9 +242,10 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
         subscription.matched = false;
     }
     const auto makeGuard = [&](Samples& samples) {
-        return internal::LenientLoanGuard(
+        return internal::LoanGuard(
             *reader_, samples, logger_,
-            "Subscription manager listener failed to return loaned data back to the middle-layer");
+            "Subscription manager listener failed to return loaned data back to the middle-layer",
+            internal::OnRefusal::GoOn);
     };
     const auto match = [&](const Samples& samples) {
         for (auto& [id, subscription] : notifierRegistry_) {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <limits>
 
 /// Samples on loan from a reader.
@@ -62,62 +63,39 @@ inline constexpr const char* loanNotReturned =
 inline constexpr const char* loanNotReturnedCounting =
     "Reader failed to return loaned data back to the middle - layer.";
 
-/// Gives loaned samples back when its scope is left. A refusal is logged and ends the process: a reader
-/// whose loan is stuck cannot go on.
+/// What a refused return of a loan, logged in any case, leads to.
+enum class OnRefusal {
+    EndProcess, ///< a reader whose loan is stuck cannot go on
+    GoOn
+};
+
+/// Gives loaned samples back when its scope is left.
 template <class DdsType>
 class LoanGuard
 {
 public:
+    /// @param failureText logged, with the code behind it, when the reader refuses.
     LoanGuard(dds::DataReader& reader, LoanedSamples<DdsType>& samples, const log4cplus::Logger& logger,
-              const char* failureText)
+              const char* failureText, OnRefusal onRefusal = OnRefusal::EndProcess)
         : reader_(reader)
         , samples_(samples)
         , logger_(logger)
         , failureText_(failureText)
+        , onRefusal_(onRefusal)
     {
     }
 
     LoanGuard(const LoanGuard&) = delete;
     LoanGuard& operator=(const LoanGuard&) = delete;
 
-    // The exception ends the process, as the class promises.
-    ~LoanGuard() noexcept // NOLINT(bugprone-exception-escape)
-    {
-        const auto result = code(reader_.return_loan(samples_.data, samples_.infos));
-        if (result != RETCODE_OK) {
-            failWithErrMsg(logger_, withCode(failureText_, result));
-        }
-    }
-
-private:
-    dds::DataReader& reader_;
-    LoanedSamples<DdsType>& samples_;
-    const log4cplus::Logger& logger_;
-    const char* failureText_;
-};
-
-/// As LoanGuard, but a refusal is logged only.
-template <class DdsType>
-class LenientLoanGuard
-{
-public:
-    LenientLoanGuard(dds::DataReader& reader, LoanedSamples<DdsType>& samples,
-                     const log4cplus::Logger& logger, const char* failureText)
-        : reader_(reader)
-        , samples_(samples)
-        , logger_(logger)
-        , failureText_(failureText)
-    {
-    }
-
-    LenientLoanGuard(const LenientLoanGuard&) = delete;
-    LenientLoanGuard& operator=(const LenientLoanGuard&) = delete;
-
-    ~LenientLoanGuard()
+    ~LoanGuard()
     {
         const auto result = code(reader_.return_loan(samples_.data, samples_.infos));
         if (result != RETCODE_OK) {
             LOG4CPLUS_ERROR(logger_, "errMsg:" << withCode(failureText_, result));
+            if (onRefusal_ == OnRefusal::EndProcess) {
+                std::terminate();
+            }
         }
     }
 
@@ -126,6 +104,7 @@ private:
     LoanedSamples<DdsType>& samples_;
     const log4cplus::Logger& logger_;
     const char* failureText_;
+    const OnRefusal onRefusal_;
 };
 
 /// Reads, without taking, one sample of each instance in the given states; a sample's instance states are

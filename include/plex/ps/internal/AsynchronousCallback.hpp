@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/ps/internal/Failure.hpp>
+
+namespace ovra::plex::ps::internal
+{
+
+/// Marks the time in which the calling thread runs callbacks for DDS.
+///
+/// DDS holds locks of the reader, and inside the process of the writer too, around them. Deleting an entity
+/// there hangs now and then: the deletion waits for the participant's event thread, and that thread for
+/// these locks.
+class AsynchronousCallback
+{
+public:
+    AsynchronousCallback() { ++depth(); }
+
+    AsynchronousCallback(const AsynchronousCallback&) = delete;
+    AsynchronousCallback& operator=(const AsynchronousCallback&) = delete;
+
+    ~AsynchronousCallback() { --depth(); }
+
+    /// Refuses to close an entity inside such a callback.
+    /// @throws IllegalStateException, logged.
+    static void checkMayClose(const log4cplus::Logger& logger, const Uri& uri)
+    {
+        if (depth() > 0) {
+            fail<IllegalStateException>(
+                logger,
+                withUri("Publishers and subscribers can not be closed inside an asynchronous callback", uri));
+        }
+    }
+
+private:
+    static int& depth()
+    {
+        thread_local int callbacks = 0;
+        return callbacks;
+    }
+};
+
+} // namespace ovra::plex::ps::internal
