@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <plex/Export.hpp>
 #include <plex/ps/internal/Failure.hpp>
 
 namespace ovra::plex::ps::internal
@@ -11,7 +12,7 @@ namespace ovra::plex::ps::internal
 /// DDS holds locks of the reader, and inside the process of the writer too, around them. Deleting an entity
 /// there hangs now and then: the deletion waits for the participant's event thread, and that thread for
 /// these locks.
-class AsynchronousCallback
+class PLEX_EXPORT AsynchronousCallback // exported, so that all modules of a process count together
 {
 public:
     AsynchronousCallback() { ++depth(); }
