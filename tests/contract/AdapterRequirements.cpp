@@ -42,13 +42,21 @@ public:
 #endif
 
     virtual bool serialize(void*, Payload*) { return false; }
+
     virtual bool serialize(void*, Payload*, Representation) { return false; }
+
     virtual bool deserialize(Payload*, void*) { return false; }
+
     virtual SizeProvider getSerializedSizeProvider(void*) { return {}; }
+
     virtual SizeProvider getSerializedSizeProvider(void*, Representation) { return {}; }
+
     virtual void* createData() { return nullptr; }
+
     virtual void deleteData(void*) {}
+
     virtual bool getKey(void*, Handle*, bool) { return false; }
+
     virtual bool is_plain() const { return false; }
 };
 
@@ -85,8 +93,11 @@ public:
 #endif
 
     virtual std::unique_ptr<Value> clone() const { return nullptr; }
+
     virtual bool keyEquals(const Value&) const { return false; }
+
     virtual std::unique_ptr<Value> cloneKey() const { return nullptr; }
+
     virtual bool hasKey() const { return false; }
 };
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ForeignValues.hpp"
 
-#include <LogCapture.hpp>
 #include <generated/vexstubif/AltAzAdapter.hpp>
 #include <generated/vexstubif/DomeTemperatureAdapter.hpp>
 #include <generated/vexstubif/Factories.hpp>
@@ -9,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <LogCapture.hpp>
 #include <type_traits>
 
 namespace plex::test
@@ -291,8 +291,9 @@ TYPED_TEST(Adapter, IsRefusedWithoutARecordWhereErrorsAreNotLogged)
     this->logger.setLogLevel(log4cplus::OFF_LOG_LEVEL);
     typename TypeParam::Foreign foreign;
     typename TypeParam::Interface& value = foreign;
-    EXPECT_THROW((obtainImpl<typename TypeParam::Interface, typename TypeParam::Adapter>(value, this->logger)),
-                 IllegalStateException);
+    EXPECT_THROW(
+        (obtainImpl<typename TypeParam::Interface, typename TypeParam::Adapter>(value, this->logger)),
+        IllegalStateException);
     EXPECT_TRUE(log.records().empty());
     this->logger.setLogLevel(log4cplus::NOT_SET_LOG_LEVEL);
 }

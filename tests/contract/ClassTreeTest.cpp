@@ -84,11 +84,11 @@ static_assert(std::has_virtual_destructor_v<Plex>);
 static_assert(std::same_as<Uri, network::uri>);
 static_assert(std::same_as<Plex::Properties, std::map<std::string, std::string>>);
 static_assert(std::same_as<qos::QoSList, std::vector<std::shared_ptr<qos::QoS>>>);
-static_assert(std::same_as<Subscriber<vexstubif::AltAz>::Callback,
-                           std::function<void(Subscriber<vexstubif::AltAz>&,
-                                              const DataEvent<vexstubif::AltAz>&)>>);
-static_assert(std::same_as<Subscriber<vexstubif::AltAz>::Notifier,
-                           std::function<void(Subscriber<vexstubif::AltAz>&)>>);
+static_assert(
+    std::same_as<Subscriber<vexstubif::AltAz>::Callback,
+                 std::function<void(Subscriber<vexstubif::AltAz>&, const DataEvent<vexstubif::AltAz>&)>>);
+static_assert(
+    std::same_as<Subscriber<vexstubif::AltAz>::Notifier, std::function<void(Subscriber<vexstubif::AltAz>&)>>);
 
 static_assert(std::same_as<std::underlying_type_t<InstanceState>, std::int32_t>);
 static_assert(static_cast<int>(InstanceState::Alive) == 0);
@@ -137,7 +137,8 @@ TEST(Exceptions, OfIllegalStateAreCaughtAsPlexExceptions)
 TEST(Exceptions, OfPlexAreNotTakenForIllegalState)
 {
     const PlexException error("it broke");
-    EXPECT_EQ(dynamic_cast<const IllegalStateException*>(static_cast<const std::exception*>(&error)), nullptr);
+    EXPECT_EQ(dynamic_cast<const IllegalStateException*>(static_cast<const std::exception*>(&error)),
+              nullptr);
 }
 
 TEST(QualityOfService, IsToldApartByDynamicCastOnly)

@@ -13,7 +13,7 @@ namespace plex::test
 /// Itanium C++ ABI, 2.3: a pointer to a virtual member function holds the offset of its table entry, marked
 /// as virtual by an added 1, or on Arm by the lowest bit of the adjustment.
 template <class Operation, class Class>
-std::ptrdiff_t slotOf(Operation Class::*operation)
+std::ptrdiff_t slotOf(Operation Class::* operation)
 {
     struct Representation {
         std::ptrdiff_t pointer;
@@ -39,6 +39,7 @@ std::ptrdiff_t slotCount()
     struct Probe : Interface {
         virtual void probe() = 0;
     };
+
     return slotOf(&Probe::probe);
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <TestTopic.hpp>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>

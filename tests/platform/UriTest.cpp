@@ -131,9 +131,9 @@ TEST(NetworkUri, IsEmptyOnceMovedFrom)
     const Parts& reference = references().front();
     uri original(reference.text);
     uri moved(std::move(original));
-    expectParts(original, references().back()); // NOLINT(bugprone-use-after-move)
+    expectParts(original, references().back());
     original = std::move(moved);
-    expectParts(moved, references().back()); // NOLINT(bugprone-use-after-move)
+    expectParts(moved, references().back());
     expectParts(original, reference);
 }
 

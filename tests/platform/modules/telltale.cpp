@@ -34,8 +34,8 @@ PLEX_EXPORT void* generated_dds_Publisher_telltale_Value(const std::shared_ptr<P
 PLEX_EXPORT void* generated_dds_Subscriber_telltale_Value(const std::shared_ptr<Plex>& plex, const Uri& uri,
                                                           const QoSList& qos,
                                                           const Plex::Properties& properties);
-PLEX_EXPORT void* generated_dds_MrvSubscriber_telltale_Value(const std::shared_ptr<Plex>& plex, const Uri& uri,
-                                                             const QoSList& qos,
+PLEX_EXPORT void* generated_dds_MrvSubscriber_telltale_Value(const std::shared_ptr<Plex>& plex,
+                                                             const Uri& uri, const QoSList& qos,
                                                              const Plex::Properties& properties);
 PLEX_EXPORT telltale::Value* generated_dds_DataEntity_telltale_Value();
 }
