@@ -1,0 +1,346 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CallbackTest.hpp"
+
+#include <log4cplus/consoleappender.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+namespace plex::test
+{
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+/// What a callback may do to the subscriber that calls it.
+class ReentryTest : public CallbackTest
+{
+protected:
+    std::string closeRefused() const
+    {
+        return "A subscriber can not be closed inside its own callback Uri:" + uri.string();
+    }
+
+    const std::unique_ptr<Writer> publisher = EntityTest::publisher();
+    std::unique_ptr<Reader> subscriber = EntityTest::subscriber();
+};
+
+TEST_F(ReentryTest, PublishingInsideACallbackIsHeardWhenItHasReturned)
+{
+    std::vector<double> heard;
+    bool inside = false;
+    const auto handle = subscriber->subscribeAsync({}, [&](Reader&, const Event& event) {
+        EXPECT_FALSE(inside);
+        inside = true;
+        const double alt = event.getData()->getAlt();
+        heard.push_back(alt);
+        if (alt < 3) {
+            publisher->publish(*position(alt + 1), 0ms);
+        }
+        inside = false;
+    });
+    publishPositions(*publisher, 1);
+    EXPECT_THAT(heard, ElementsAre(0, 1, 2, 3));
+}
+
+TEST_F(ReentryTest, PublishingInsideANotifierIsHeardWhenItHasReturned)
+{
+    std::vector<double> heard;
+    const auto handle = subscriber->subscribeAsync({}, [&](Reader& reader) {
+        for (const double alt : altitudes(reader.read(0))) {
+            heard.push_back(alt);
+            if (alt < 3) {
+                publisher->publish(*position(alt + 1), 0ms);
+            }
+        }
+    });
+    publishPositions(*publisher, 1);
+    EXPECT_THAT(heard, ElementsAre(0, 1, 2, 3));
+}
+
+TEST_F(ReentryTest, PublishingInsideACallbackReachesOtherSubscribersAtOnce)
+{
+    const auto otherPublisher = EntityTest::publisher();
+    const auto other = EntityTest::subscriber();
+    std::vector<Heard> heard;
+    const auto inner = other->subscribeAsync({}, hearing(heard));
+    const auto outer = subscriber->subscribeAsync({}, [&](Reader&, const Event& event) {
+        if (event.getData()->getAlt() == 0) {
+            otherPublisher->publish(*position(1), 0ms);
+            EXPECT_THAT(altitudesOf(heard), Contains(1));
+        }
+    });
+    publishPositions(*publisher, 1);
+    EXPECT_THAT(altitudesOf(heard), UnorderedElementsAre(0, 1));
+}
+
+TEST_F(ReentryTest, AsynchronousSubscriptionInsideAnAsynchronousCallbackIsRefusedAndLogged)
+{
+    LogCapture log;
+    int calls = 0;
+    const auto handle = subscribe(*subscriber, Kind::Async, Filter(InstanceState::Alive), [&] {
+        ++calls;
+        for (const Kind kind : {Kind::Async, Kind::Notifier}) {
+            EXPECT_EQ(thrownText<IllegalStateException>(
+                          [&] { subscribe(*subscriber, kind, Filter(InstanceState::Disposed)); }),
+                      changeRefused);
+        }
+    });
+    publishPositions(*publisher, 1);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(log.count(managerLogger, log4cplus::ERROR_LOG_LEVEL, changeRefused), 2);
+}
+
+TEST_F(ReentryTest, ClosingAnAsynchronousSubscriptionInsideANotifierIsRefusedAndLeavesIt)
+{
+    int calls = 0;
+    const auto callback = subscribe(*subscriber, Kind::Async,
+                                    Filter(InstanceState::Any, {InstanceEvent::Update}), [&] { ++calls; });
+    const auto notifier =
+        subscribe(*subscriber, Kind::Notifier, Filter(InstanceState::Any, {InstanceEvent::New}),
+                  [&] { EXPECT_THROW(callback->close(), IllegalStateException); });
+    publishPositions(*publisher, 2);
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(ReentryTest, SynchronousSubscriptionsMayBeChangedInsideAnAsynchronousCallback)
+{
+    Handle opened;
+    auto closed = subscribe(*subscriber, Kind::Sync, Filter(InstanceState::Disposed));
+    const auto handle = subscribe(*subscriber, Kind::Async, Filter(InstanceState::Alive), [&] {
+        closed->close();
+        opened = subscribe(*subscriber, Kind::Sync, Filter(InstanceState::Disposed));
+    });
+    publishPositions(*publisher, 1);
+    EXPECT_NE(opened, nullptr);
+}
+
+TEST_F(ReentryTest, AsynchronousSubscriptionsMayBeChangedInsideASynchronousCallback)
+{
+    publishPositions(*publisher, 1);
+    Handle opened;
+    auto closed = subscribe(*subscriber, Kind::Async, Filter(InstanceState::Disposed));
+    const auto handle = subscribe(*subscriber, Kind::Sync, Filter(InstanceState::Alive), [&] {
+        closed.reset();
+        opened = subscribe(*subscriber, Kind::Notifier, Filter(InstanceState::Disposed));
+    });
+    EXPECT_EQ(subscriber->poll(0, 100ms), 1U);
+    EXPECT_NE(opened, nullptr);
+}
+
+TEST_F(ReentryTest, PollInsideASynchronousCallbackIsRefusedAndLogged)
+{
+    LogCapture log;
+    constexpr const char* refused = "poll can not be called inside a callback that it serves";
+    int calls = 0;
+    const auto handle = subscribe(*subscriber, Kind::Sync, {}, [&] {
+        ++calls;
+        EXPECT_EQ(thrownText<IllegalStateException>([&] { subscriber->poll(0, 1ms); }), refused);
+    });
+    publishPositions(*publisher, 1);
+    subscriber->poll(0, 100ms);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(log.count(managerLogger, log4cplus::ERROR_LOG_LEVEL, refused), 1);
+}
+
+TEST_F(ReentryTest, SynchronousCallbackMayCloseAnotherSubscriber)
+{
+    const auto other = EntityTest::subscriber();
+    const auto handle = subscribe(*subscriber, Kind::Sync, {}, [&] { other->close(); });
+    publishPositions(*publisher, 1);
+    subscriber->poll(0, 100ms);
+    EXPECT_THROW(other->read(0), IllegalStateException);
+}
+
+TEST_F(ReentryTest, CallbackMayReadFurtherSamples)
+{
+    publishPositions(*publisher, 3);
+    std::vector<double> heard;
+    std::vector<double> read;
+    const auto handle = subscriber->subscribeAsync({}, [&](Reader& reader, const Event& event) {
+        heard.push_back(event.getData()->getAlt());
+        for (const double alt : altitudes(reader.read(0))) {
+            read.push_back(alt);
+        }
+    });
+    publishPositions(*publisher, 1, 3);
+    EXPECT_THAT(heard, ElementsAre(0));
+    EXPECT_THAT(read, ElementsAre(1, 2, 3));
+}
+
+TEST_F(ReentryTest, DroppingTheSubscriberInsideItsCallbackLeavesItToTheSubscription)
+{
+    int calls = 0;
+    const auto handle = subscribe(*subscriber, Kind::Async, {}, [&] {
+        ++calls;
+        subscriber.reset();
+    });
+    publishPositions(*publisher, 2);
+    EXPECT_EQ(calls, 2);
+}
+
+class ReentryByKindTest : public ReentryTest, public testing::WithParamInterface<Kind>
+{
+protected:
+    /// Makes a sample arrive and be served to a subscription of any kind.
+    void provoke()
+    {
+        publishPositions(*publisher, 1);
+        if (GetParam() == Kind::Sync) {
+            subscriber->poll(0, 100ms);
+        }
+    }
+
+    /// As provoke(), while another thread closes the subscriber.
+    void provokeUntilClosed()
+    {
+        publishPositions(*publisher, 1);
+        if (GetParam() == Kind::Sync) {
+            EXPECT_THROW(subscriber->poll(0, patience), IllegalStateException);
+        }
+    }
+
+    bool closingHasBegun() const
+    {
+        try {
+            subscriber->read(0);
+            return false;
+        } catch (const IllegalStateException&) {
+            return true;
+        }
+    }
+};
+
+TEST_P(ReentryByKindTest, ClosingTheOwnSubscriptionInsideACallbackIsRefusedAndLogged)
+{
+    LogCapture log;
+    int calls = 0;
+    Handle handle;
+    handle = subscribe(*subscriber, GetParam(), {}, [&] {
+        ++calls;
+        EXPECT_EQ(thrownText<IllegalStateException>([&] { handle->close(); }), changeRefused);
+    });
+    provoke();
+    provoke();
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(log.count(managerLogger, log4cplus::ERROR_LOG_LEVEL, changeRefused), 2);
+    handle->close();
+    provoke();
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_P(ReentryByKindTest, ClosingTheSubscriberInsideItsCallbackIsRefusedAndLogged)
+{
+    LogCapture log;
+    int calls = 0;
+    const auto handle = subscribe(*subscriber, GetParam(), {}, [&] {
+        ++calls;
+        EXPECT_EQ(thrownText<IllegalStateException>([&] { subscriber->close(); }), closeRefused());
+    });
+    provoke();
+    provoke();
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(log.count("plexDdsSubscriber", log4cplus::ERROR_LOG_LEVEL, closeRefused()), 2);
+    EXPECT_NO_THROW(subscriber->close());
+}
+
+TEST_P(ReentryByKindTest, ClosingInsideACallbackIsRefusedAlsoWhileAnotherThreadCloses)
+{
+    std::promise<void> inside;
+    int refusals = 0;
+    const auto handle = subscribe(*subscriber, GetParam(), Filter(InstanceState::Alive), [&] {
+        inside.set_value();
+        EXPECT_TRUE(waitFor([&] { return closingHasBegun(); }));
+        EXPECT_THROW(subscriber->close(), IllegalStateException);
+        ++refusals;
+    });
+    std::thread closer([&] {
+        inside.get_future().wait();
+        subscriber->close();
+    });
+    provokeUntilClosed();
+    closer.join();
+    EXPECT_EQ(refusals, 1);
+}
+
+TEST_P(ReentryByKindTest, ReadThatWaitsInsideACallbackEndsWhenAnotherThreadCloses)
+{
+    std::promise<void> inside;
+    std::string ended;
+    const auto handle = subscribe(*subscriber, GetParam(), {}, [&] {
+        subscriber->read(0);
+        inside.set_value();
+        Events events;
+        ended = thrownText<IllegalStateException>([&] { subscriber->readDataEvents({}, events, 1, 0ms); });
+    });
+    std::thread closer([&] {
+        inside.get_future().wait();
+        subscriber->close();
+    });
+    provokeUntilClosed();
+    closer.join();
+    EXPECT_EQ(ended, "Entity closed Uri: " + uri.string());
+}
+
+TEST_P(ReentryByKindTest, ClosingASubscriptionWaitsForItsCallbackOnAnotherThread)
+{
+    std::promise<void> inside;
+    std::atomic<bool> closed = false;
+    const auto handle = subscribe(*subscriber, GetParam(), {}, [&] {
+        inside.set_value();
+        EXPECT_FALSE(waitFor([&] { return closed.load(); }, 50ms));
+    });
+    std::thread closer([&] {
+        inside.get_future().wait();
+        handle->close();
+        closed = true;
+    });
+    provoke();
+    closer.join();
+}
+
+TEST_P(ReentryByKindTest, ClosingTheSubscriberWaitsForItsCallbackOnAnotherThread)
+{
+    std::promise<void> inside;
+    std::atomic<bool> closed = false;
+    const auto handle = subscribe(*subscriber, GetParam(), {}, [&] {
+        inside.set_value();
+        EXPECT_FALSE(waitFor([&] { return closed.load(); }, 50ms));
+    });
+    std::thread closer([&] {
+        inside.get_future().wait();
+        subscriber->close();
+        closed = true;
+    });
+    provokeUntilClosed();
+    closer.join();
+}
+
+class ReentryDeathTest : public ReentryByKindTest
+{
+protected:
+    void SetUp() override
+    {
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
+        log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));
+        log4cplus::Logger::getRoot().addAppender(console);
+    }
+
+    void TearDown() override { log4cplus::Logger::getRoot().removeAllAppenders(); }
+};
+
+TEST_P(ReentryDeathTest, DroppingTheOwnSubscriptionInsideItsCallbackEndsTheProcessWithARecord)
+{
+    Handle handle;
+    handle = subscribe(*subscriber, GetParam(), {}, [&] { handle.reset(); });
+    EXPECT_DEATH(provoke(), std::string("ERROR - ") + changeRefused);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, ReentryByKindTest, testing::ValuesIn(allKinds),
+                         testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Kinds, ReentryDeathTest, testing::ValuesIn(allKinds),
+                         testing::PrintToStringParamName());
+
+} // namespace plex::test

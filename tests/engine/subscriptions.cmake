@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+
+add_subdirectory(${CMAKE_CURRENT_LIST_DIR}/../support/keyed ${CMAKE_CURRENT_BINARY_DIR}/keyed)
+
+plex_add_test(engine-subscription-tests
+    SOURCES
+        CallbackFailureTest.cpp
+        DispatchTest.cpp
+        ReentryTest.cpp
+        SubscriptionTest.cpp
+    LIBRARIES plex-dds-vexstubif)
+
+plex_add_test(engine-event-tests
+    SOURCES
+        EventReadTest.cpp
+        PollTest.cpp
+    LIBRARIES plex-dds-vexstubif)
+
+plex_add_test(engine-instance-tests
+    SOURCES
+        InstancePublisherTest.cpp
+        InstancesTest.cpp
+        KeyedModuleTest.cpp
+        MrvSubscriberTest.cpp
+    LIBRARIES plex-dds-vexstubif plex-dds-keyed)
+target_compile_definitions(engine-instance-tests PRIVATE
+    KEYED_MODULE_DIRECTORY="$<TARGET_FILE_DIR:plex-dds-keyed>")

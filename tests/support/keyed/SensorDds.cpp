@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "SensorDds.hpp"
+
+#include <plex/ps/internal/CdrMembers.hpp>
+
+#include <fastcdr/exceptions/BadParamException.h>
+
+namespace eprosima::fastcdr
+{
+
+using generated::dds_::keyed::Sensor;
+namespace members = ovra::plex::ps::internal;
+
+namespace
+{
+
+void checkBound(const Sensor& data)
+{
+    if (data.name().size() > Sensor::maxNameLength) {
+        throw exception::BadParamException("The name is longer than its bound");
+    }
+}
+
+} // namespace
+
+template <>
+std::size_t calculate_serialized_size(CdrSizeCalculator& calculator, const Sensor& data,
+                                      std::size_t& currentAlignment)
+{
+    return members::membersSize(calculator, currentAlignment, data.name(), data.value());
+}
+
+template <>
+void serialize(Cdr& cdr, const Sensor& data)
+{
+    checkBound(data);
+    members::serializeMembers(cdr, data.name(), data.value());
+}
+
+template <>
+void deserialize(Cdr& cdr, Sensor& data)
+{
+    deserialize(cdr, data, members::appendableEncoding(cdr.get_cdr_version()));
+}
+
+void deserialize(Cdr& cdr, Sensor& data, EncodingAlgorithmFlag encoding)
+{
+    members::deserializeMembers(cdr, encoding, data.name(), data.value());
+    checkBound(data);
+}
+
+void serialize_key(Cdr& cdr, const Sensor& data)
+{
+    checkBound(data);
+    cdr << data.name();
+}
+
+} // namespace eprosima::fastcdr
+
+namespace generated::dds_::keyed
+{
+
+// The payload's most: encapsulation 4, delimiter 4, name 4 + 65, padding 3, value 8; the key's: name 4 + 65.
+SensorPubSubType::SensorPubSubType() : PubSubType({"generated::dds_::keyed::Sensor", 88, true, 69}) {}
+
+SensorPubSubType::~SensorPubSubType() = default;
+
+} // namespace generated::dds_::keyed
