@@ -113,7 +113,11 @@ protected:
     class PlainWriter
     {
     public:
-        explicit PlainWriter(KeyedTest& test) : participant_(test.participant())
+        explicit PlainWriter(KeyedTest& test) : PlainWriter(test, test.participant()) {}
+
+        /// A writer of another participant, in which the topic must exist.
+        PlainWriter(KeyedTest& test, std::shared_ptr<eprosima::fastdds::dds::DomainParticipant> participant)
+            : participant_(std::move(participant))
         {
             namespace dds = eprosima::fastdds::dds;
             auto* const topic = dynamic_cast<dds::Topic*>(

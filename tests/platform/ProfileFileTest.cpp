@@ -101,6 +101,14 @@ TEST_F(ProfileFile, IsLoadedOnceHoweverItIsSpelled)
     EXPECT_EQ(participantName(file, library_), "Ann");
 }
 
+TEST_F(ProfileFile, ServesAfterItWasRemoved)
+{
+    const auto file = directory_.write("profiles.xml", profiles(library_, "Ann"));
+    EXPECT_EQ(participantName(file, library_), "Ann");
+    std::filesystem::remove(file);
+    EXPECT_EQ(participantName(file, library_), "Ann");
+}
+
 TEST_F(ProfileFile, ThatCannotBeFoundIsNamed)
 {
     EXPECT_EQ(refusal("/no/such/file.xml"),

@@ -13,6 +13,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <system_error>
 
 namespace ovra::plex
 {
@@ -51,13 +52,14 @@ void loadProfileFileOnce(const std::string& file)
     static std::set<std::string> loaded;
 
     std::error_code error;
-    const auto path = std::filesystem::canonical(file, error).string();
-    if (error) {
-        throw PlexException("Failed to load QoS profile file " + file + ": " + error.message());
-    }
+    const auto path = std::filesystem::weakly_canonical(file, error).string();
     const std::lock_guard lock(mutex);
-    if (loaded.count(path) != 0) {
+    if (loaded.contains(path)) {
         return;
+    }
+    if (!std::filesystem::exists(path, error)) {
+        throw PlexException("Failed to load QoS profile file " + file + ": " +
+                            std::make_error_code(std::errc::no_such_file_or_directory).message());
     }
     const std::string profiles = translated(readFile(path));
     auto* const factory = eprosima::fastdds::dds::DomainParticipantFactory::get_instance();

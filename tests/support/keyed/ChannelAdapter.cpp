@@ -14,7 +14,9 @@ Channel::Channel() : sample_(createSample<DdsType>(), ddsSampleDeleter<DdsType>)
 
 Channel::Channel(const DdsType& source) : sample_(createSample<DdsType>(source), ddsSampleDeleter<DdsType>) {}
 
-Channel::Channel(DdsType& borrowed, ovra::plex::icd::dds::Borrow) : sample_(&borrowed, noOpDeleter<DdsType>) {}
+Channel::Channel(DdsType& borrowed, ovra::plex::icd::dds::Borrow) : sample_(&borrowed, noOpDeleter<DdsType>)
+{
+}
 
 Channel::~Channel() = default;
 
@@ -26,7 +28,8 @@ std::unique_ptr<::keyed::Channel> Channel::clone() const
 bool Channel::keyEquals(const ::keyed::Channel& other) const
 {
     auto logger = log4cplus::Logger::getInstance("keyedChannel");
-    return wire().number() == ovra::plex::ps::obtainImpl<::keyed::Channel, Channel>(other, logger).wire().number();
+    return wire().number() ==
+           ovra::plex::ps::obtainImpl<::keyed::Channel, Channel>(other, logger).wire().number();
 }
 
 std::unique_ptr<::keyed::Channel> Channel::cloneKey() const

@@ -10,19 +10,25 @@ namespace impl = generated::ddsimpl::keyed;
 namespace ps = ovra::plex::ps;
 
 ps::Publisher<keyed::Channel>*
-generated_dds_Publisher_keyed_Channel(const std::shared_ptr<ovra::plex::Plex>& plex, const ovra::plex::Uri& uri, const ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties)
+generated_dds_Publisher_keyed_Channel(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                      const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
+                                      const ovra::plex::Plex::Properties& properties)
 {
     return ps::createDdsPublisher<keyed::Channel, impl::Channel>(plex, uri, qos, properties);
 }
 
 ps::Subscriber<keyed::Channel>*
-generated_dds_Subscriber_keyed_Channel(const std::shared_ptr<ovra::plex::Plex>& plex, const ovra::plex::Uri& uri, const ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties)
+generated_dds_Subscriber_keyed_Channel(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                       const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
+                                       const ovra::plex::Plex::Properties& properties)
 {
     return ps::createDdsSubscriber<keyed::Channel, impl::Channel>(plex, uri, qos, properties);
 }
 
 ps::MrvSubscriber<keyed::Channel>*
-generated_dds_MrvSubscriber_keyed_Channel(const std::shared_ptr<ovra::plex::Plex>& plex, const ovra::plex::Uri& uri, const ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties)
+generated_dds_MrvSubscriber_keyed_Channel(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                          const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
+                                          const ovra::plex::Plex::Properties& properties)
 {
     return ps::createDdsMrvSubscriber<keyed::Channel, impl::Channel>(plex, uri, qos, properties);
 }
@@ -33,19 +39,25 @@ keyed::Channel* generated_dds_DataEntity_keyed_Channel()
 }
 
 ps::Publisher<keyed::Sensor>*
-generated_dds_Publisher_keyed_Sensor(const std::shared_ptr<ovra::plex::Plex>& plex, const ovra::plex::Uri& uri, const ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties)
+generated_dds_Publisher_keyed_Sensor(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                     const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
+                                     const ovra::plex::Plex::Properties& properties)
 {
     return ps::createDdsPublisher<keyed::Sensor, impl::Sensor>(plex, uri, qos, properties);
 }
 
 ps::Subscriber<keyed::Sensor>*
-generated_dds_Subscriber_keyed_Sensor(const std::shared_ptr<ovra::plex::Plex>& plex, const ovra::plex::Uri& uri, const ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties)
+generated_dds_Subscriber_keyed_Sensor(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                      const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
+                                      const ovra::plex::Plex::Properties& properties)
 {
     return ps::createDdsSubscriber<keyed::Sensor, impl::Sensor>(plex, uri, qos, properties);
 }
 
 ps::MrvSubscriber<keyed::Sensor>*
-generated_dds_MrvSubscriber_keyed_Sensor(const std::shared_ptr<ovra::plex::Plex>& plex, const ovra::plex::Uri& uri, const ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties)
+generated_dds_MrvSubscriber_keyed_Sensor(const std::shared_ptr<ovra::plex::Plex>& plex,
+                                         const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
+                                         const ovra::plex::Plex::Properties& properties)
 {
     return ps::createDdsMrvSubscriber<keyed::Sensor, impl::Sensor>(plex, uri, qos, properties);
 }

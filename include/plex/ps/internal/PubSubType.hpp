@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <plex/Export.hpp>
 #include <plex/ps/internal/CdrMembers.hpp>
 #include <plex/ps/internal/fastdds.hpp>
 
@@ -37,7 +38,7 @@ void decode(Cdr& cdr, DdsType& value, EncodingAlgorithmFlag encoding)
 ///
 /// Threads: any number at once, as Fast DDS requires. Ownership: the participant shares it.
 template <class DdsType>
-class PubSubType : public TopicDataType
+class PLEX_EXPORT PubSubType : public TopicDataType
 {
 public:
     using TopicDataType::deserialize;
