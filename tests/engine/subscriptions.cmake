@@ -25,3 +25,17 @@ plex_add_test(engine-instance-tests
     LIBRARIES plex-dds-vexstubif plex-dds-keyed)
 target_compile_definitions(engine-instance-tests PRIVATE
     KEYED_MODULE_DIRECTORY="$<TARGET_FILE_DIR:plex-dds-keyed>")
+
+plex_add_test(engine-close-stress-tests
+    SOURCES
+        CloseStressTest.cpp
+    LIBRARIES plex-dds-vexstubif)
+target_compile_definitions(engine-close-stress-tests PRIVATE
+    NO_INTRAPROCESS_FILE="${CMAKE_CURRENT_LIST_DIR}/NoIntraprocess.xml")
+
+plex_add_test(engine-remote-tests
+    SOURCES
+        RemoteTest.cpp
+    LIBRARIES plex-dds-vexstubif plex-dds-keyed)
+target_compile_definitions(engine-remote-tests PRIVATE
+    NO_INTRAPROCESS_FILE="${CMAKE_CURRENT_LIST_DIR}/NoIntraprocess.xml")
