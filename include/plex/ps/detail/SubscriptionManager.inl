@@ -10,13 +10,14 @@ namespace ovra::plex::ps
 
 /// Hands what DDS reports of a reader to its subscription manager.
 ///
-/// Fast DDS reads the reader's listener pointer and calls through it without counting, so detaching does
-/// not wait for a call under way. Two things make it safe:
+/// Fast DDS copies the reader's listener pointer and calls through it without counting, so detaching does not
+/// wait for a call under way. Two things make it safe:
 /// - The subscriber keeps the listener as long as it lives, and whatever holds the reader holds the
-///   subscriber, so the listener outlives delete_datareader(). When that returns, every call is over in both
-///   generations: those about data and deadlines run with the RTPS reader's mutex held, those about matching
-///   with that of the participant's discovery, and the deletion takes these after it has made the reader
-///   unreachable for receiving threads.
+///   subscriber, so the listener outlives delete_datareader(). When that returns, every call is over, in
+///   both generations: those about data, deadlines and liveliness run with the RTPS reader's mutex held,
+///   which the deletion takes to detach the reader's inner listener; receiving threads, in-process writers
+///   and discovery reach a reader only under locks or counts that the deletion waits for before it frees it,
+///   and the deadline's timer only while the event thread, for which it waits too, is busy.
 /// - A call reaches the manager only through this listener's weak reference, and does its work under the
 ///   manager's async mutex, which the shutdown takes: so no callback starts once the shutdown is over.
 template <class T, class ST>
