@@ -8,6 +8,7 @@
 #include <vexstubif/AltAz.hpp>
 #include <vexstubif/DomeTemperature.hpp>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -44,16 +45,16 @@ double now()
 
 std::string text(const AltAz& position)
 {
-    char buffer[64];
-    std::snprintf(buffer, sizeof buffer, "alt %8.3f  az %8.3f", position.getAlt(), position.getAz());
-    return buffer;
+    std::array<char, 64> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "alt %8.3f  az %8.3f", position.getAlt(), position.getAz());
+    return buffer.data();
 }
 
 std::string text(const DomeTemperature& temperature)
 {
-    char buffer[64];
-    std::snprintf(buffer, sizeof buffer, "%8.3f", temperature.getTemp());
-    return buffer;
+    std::array<char, 64> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%8.3f", temperature.getTemp());
+    return buffer.data();
 }
 
 /// What is known of one topic. Filled on a thread of the transport, shown on the main thread.
@@ -134,6 +135,7 @@ void display(const Settings& settings)
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
 int main(int argc, char** argv)
 {
     CLI::App app{"Shows the latest values of a dome until Ctrl-C"};

@@ -17,7 +17,7 @@ AltAz::AltAz(const DdsType& source)
 {
 }
 
-AltAz::AltAz(DdsType& borrowed, ovra::plex::icd::dds::Borrow)
+AltAz::AltAz(DdsType& borrowed, ovra::plex::icd::dds::Borrow /*tag*/)
     : AltAz(SamplePointer(&borrowed, noOpDeleter<DdsType>))
 {
 }

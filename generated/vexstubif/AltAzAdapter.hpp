@@ -30,7 +30,7 @@ public:
     explicit AltAz(const DdsType& source);
 
     /// Views a wire value that somebody else owns.
-    AltAz(DdsType& borrowed, ovra::plex::icd::dds::Borrow);
+    AltAz(DdsType& borrowed, ovra::plex::icd::dds::Borrow /*tag*/);
 
     AltAz(const AltAz&) = delete;
     AltAz& operator=(const AltAz&) = delete;

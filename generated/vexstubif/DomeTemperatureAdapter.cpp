@@ -20,7 +20,7 @@ DomeTemperature::DomeTemperature(const DdsType& source)
 {
 }
 
-DomeTemperature::DomeTemperature(DdsType& borrowed, ovra::plex::icd::dds::Borrow)
+DomeTemperature::DomeTemperature(DdsType& borrowed, ovra::plex::icd::dds::Borrow /*tag*/)
     : DomeTemperature(SamplePointer(&borrowed, noOpDeleter<DdsType>))
 {
 }

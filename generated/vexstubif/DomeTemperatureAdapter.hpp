@@ -30,7 +30,7 @@ public:
     explicit DomeTemperature(const DdsType& source);
 
     /// Views a wire value that somebody else owns.
-    DomeTemperature(DdsType& borrowed, ovra::plex::icd::dds::Borrow);
+    DomeTemperature(DdsType& borrowed, ovra::plex::icd::dds::Borrow /*tag*/);
 
     DomeTemperature(const DomeTemperature&) = delete;
     DomeTemperature& operator=(const DomeTemperature&) = delete;

@@ -9,7 +9,7 @@ namespace ovra::plex::ps::detail
 
 std::string newUUID()
 {
-    thread_local boost::uuids::random_generator generate;
+    static thread_local boost::uuids::random_generator generate;
     return boost::uuids::to_string(generate());
 }
 

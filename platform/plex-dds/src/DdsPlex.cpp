@@ -114,7 +114,7 @@ std::shared_ptr<dds::DomainParticipant> DdsPlex::getDomainParticipant(const Uri&
     if (const auto file = util::findProperty(settings, "dds.qos.profile.file")) {
         loadProfileFileOnce(*file);
     }
-    const bool usesProfiles = settings.count("dds.qos.profile.library") != 0;
+    const bool usesProfiles = settings.contains("dds.qos.profile.library");
     const ParticipantKey key{DdsUriHelper::domain(uri, settings),
                              usesProfiles ? getProfileNameByProfileType(ProfileType::Participant, settings)
                                           : ""};

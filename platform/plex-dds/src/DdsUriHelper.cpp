@@ -29,8 +29,9 @@ std::string text(const View& view)
 std::string lowerScheme(const Uri& uri)
 {
     std::string scheme = text(uri.scheme());
-    std::transform(scheme.begin(), scheme.end(), scheme.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    std::ranges::transform(scheme, scheme.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
     return scheme;
 }
 
@@ -59,7 +60,7 @@ std::optional<std::string> brokenRule(const Uri& uri)
 {
     constexpr std::string_view family = "dds+";
     const std::string scheme = lowerScheme(uri);
-    if (scheme.compare(0, family.size(), family) != 0 || scheme.size() == family.size()) {
+    if (!scheme.starts_with(family) || scheme.size() == family.size()) {
         return "its scheme does not begin with \"dds+\" and a profile";
     }
     if (!uri.has_authority()) {

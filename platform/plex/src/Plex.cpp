@@ -16,8 +16,9 @@ namespace
 std::string transportName(const std::string& scheme)
 {
     std::string name = scheme.substr(0, scheme.find('+'));
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    std::ranges::transform(name, name.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
     return name;
 }
 
