@@ -14,6 +14,9 @@ set(exported)
 foreach(line IN LISTS lines)
     string(REGEX REPLACE "^[0-9a-f]+ (.) (.*)$" "\\2" symbol "${line}")
     set(kind "${CMAKE_MATCH_1}")
+    if(symbol MATCHES "lambda")
+        continue() # compilers name them differently
+    endif()
     if(symbol MATCHES "^typeinfo for (ovra|generated|vexstubif)::" OR
        (kind STREQUAL "T" AND NOT symbol MATCHES "thunk to "))
         list(APPEND exported "${symbol}")
