@@ -9,6 +9,8 @@
 #include <fastdds/dds/topic/ContentFilteredTopic.hpp>
 #include <fastdds/dds/topic/TypeSupport.hpp>
 
+#include <thread>
+
 namespace plex::test
 {
 
@@ -106,6 +108,23 @@ TEST_F(BaseEntityTest, FirstEntityMakesTheTopicAndTheSecondFindsIt)
     release(made);
     EXPECT_TRUE(topicExists());
     release(found);
+    EXPECT_FALSE(topicExists());
+}
+
+TEST_F(BaseEntityTest, TopicThatComesAndGoesOnTwoThreadsLivesWhileItIsUsed)
+{
+    const auto work = [this](PositionProbe& entity) {
+        for (int i = 0; i < 300; ++i) {
+            dds::Topic* const topic = entity.createTopic().first;
+            EXPECT_EQ(topic->get_name(), topicName_);
+            release(topic);
+        }
+    };
+    const auto first = probe();
+    const auto second = probe();
+    std::thread other([&] { work(*second); });
+    work(*first);
+    other.join();
     EXPECT_FALSE(topicExists());
 }
 

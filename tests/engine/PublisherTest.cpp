@@ -251,20 +251,4 @@ TEST_F(PublisherTest, SeveralThreadsPublishAtOnce)
     EXPECT_EQ(subscriber->read(0).size(), 400U);
 }
 
-TEST_F(PublisherTest, EntitiesOfOneTopicComeAndGoOnSeveralThreads)
-{
-    const auto work = [this] {
-        for (int i = 0; i < 50; ++i) {
-            const auto publisher = this->publisher();
-            const auto subscriber = this->subscriber();
-            publisher->publish(*position(i), 0ms);
-        }
-    };
-    auto holder = participant();
-    std::thread other(work);
-    work();
-    other.join();
-    EXPECT_TRUE(releasedClean(holder));
-}
-
 } // namespace plex::test
