@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace ovra::plex::ps::internal
 {
@@ -54,7 +55,7 @@ public:
     enum class Result {
         Timeout, ///< neither came in time
         Nothing, ///< woke for something else: wait again
-        Data     ///< there were unread samples; another thread may have taken them meanwhile
+        Data     ///< there may be samples; another thread may have taken them meanwhile
     };
 
     /// @throws PlexException when a condition cannot be made or attached.
@@ -68,9 +69,14 @@ public:
         attach(closing);
     }
 
+    /// The first call never waits. Fast DDS works out a new condition's first value before it makes it known
+    /// to arriving samples, so one that comes in between would go unnoticed until the next.
     /// @throws PlexException when DDS refuses to wait.
     Result wait(const Duration_t& timeout)
     {
+        if (std::exchange(first_, false)) {
+            return Result::Data;
+        }
         dds::ConditionSeq active;
         const auto result = code(waitSet_.wait(active, timeout));
         if (result == RETCODE_TIMEOUT) {
@@ -112,6 +118,7 @@ private:
     const Uri& uri_;
     const std::shared_ptr<dds::ReadCondition> unread_;
     dds::WaitSet waitSet_; ///< gone before its conditions
+    bool first_ = true;
 };
 
 } // namespace ovra::plex::ps::internal
