@@ -3,7 +3,7 @@
 # Installs the project, moves the tree, builds the examples against it as a project of their own, and runs one.
 set -euo pipefail
 
-project=$1 build=$2
+project=$1 build=$2 fastdds=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -18,6 +18,7 @@ cp -r "$project/examples" "$work/examples"
 cmake -S "$work/examples" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/moved" >"$work/log" ||
     { cat "$work/log" && exit 1; }
 cmake --build "$work/build" --target first-program >"$work/log" || { cat "$work/log" && exit 1; }
-output=$("$work/build/first-program")
+# The tree names no directory, so one that is not the system's is said at run time.
+output=$(LD_LIBRARY_PATH=$fastdds "$work/build/first-program")
 [ "$output" = 'altitude 45' ] || { echo "unexpected output: $output" >&2; exit 1; }
 test -r "$work/moved/share/plex/plex.xml"
