@@ -243,6 +243,13 @@ TEST_F(EventReadTest, ReadWithLimitAndTimeoutReturnsWhatItHasWhenTheTimeIsUp)
     EXPECT_THAT(altitudes(events), ElementsAre(0, 1, 2));
 }
 
+TEST_F(EventReadTest, CountThatIsCompletedAfterTheDeadlineIsReturnedInFull)
+{
+    publishPositions(*writer, 10000); // more than can be read in the time given
+    EXPECT_GT(duration([&] { EXPECT_EQ(read(10000, 1ms), 10000U); }), 1ms);
+    EXPECT_EQ(events.size(), 10000U);
+}
+
 TEST_F(EventReadTest, LongestTimeoutWaitsForData)
 {
     for (const std::size_t limit : {0U, 1U}) {
