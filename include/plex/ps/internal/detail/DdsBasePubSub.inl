@@ -10,6 +10,8 @@
 #include <fastdds/dds/subscriber/qos/SubscriberQos.hpp>
 #include <fastdds/dds/topic/qos/TopicQos.hpp>
 
+#include <tuple>
+
 namespace ovra::plex::ps::internal
 {
 
