@@ -33,6 +33,13 @@ if(PLEX_SANITIZE)
     endif()
 endif()
 
+if(PLEX_COVERAGE)
+    # Threads count without a lock otherwise, and lose counts.
+    add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
+    add_link_options(--coverage)
+    target_sources(plex-warnings INTERFACE $<BUILD_INTERFACE:${CMAKE_CURRENT_LIST_DIR}/FlushCoverage.cpp>)
+endif()
+
 # A shared library of the project, built from its sources under the common settings.
 function(plex_add_library name)
     add_library(${name} SHARED ${ARGN})
