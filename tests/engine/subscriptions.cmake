@@ -39,3 +39,11 @@ plex_add_test(engine-remote-tests
     LIBRARIES plex-dds-vexstubif plex-dds-keyed)
 target_compile_definitions(engine-remote-tests PRIVATE
     NO_INTRAPROCESS_FILE="${CMAKE_CURRENT_LIST_DIR}/NoIntraprocess.xml")
+
+plex_add_test(engine-representation-tests
+    SOURCES
+        DataRepresentationTest.cpp
+    LIBRARIES plex-dds-vexstubif plex-dds-keyed)
+target_compile_definitions(engine-representation-tests PRIVATE
+    PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml"
+    NO_INTRAPROCESS_FILE="${CMAKE_CURRENT_LIST_DIR}/NoIntraprocess.xml")

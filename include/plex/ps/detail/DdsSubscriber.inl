@@ -89,17 +89,16 @@ std::shared_ptr<internal::dds::Subscriber> DdsSubscriber<T, ST>::createReadersSu
 template <class T, class ST>
 internal::dds::DataReader* DdsSubscriber<T, ST>::createDataReader(internal::dds::Subscriber& subscriber)
 {
-    using internal::dds::StatusMask;
     if (this->getQosLibraryName() != nullptr) {
         const auto profile = getProfileNameByProfileType(ProfileType::Reader, this->properties_);
-        auto* const reader =
-            subscriber.create_datareader_with_profile(topic_.get(), profile, nullptr, StatusMask::all());
+        auto* const reader = this->createReaderWithProfile(subscriber, *topic_, profile);
         if (reader == nullptr) {
             internal::fail(logger_, "Failed to create reader with profile:" + profile);
         }
         return reader;
     }
     internal::dds::DataReaderQos qos;
+    internal::represent(qos, this->representation_);
     qos.history().kind = internal::dds::KEEP_ALL_HISTORY_QOS;
     qos.history().depth = 1000;
     qos.resource_limits().max_samples = 40000;
@@ -108,7 +107,8 @@ internal::dds::DataReader* DdsSubscriber<T, ST>::createDataReader(internal::dds:
     if (this->deadlineMs_ > 0) {
         qos.deadline().period = this->deadlinePeriod();
     }
-    auto* const reader = subscriber.create_datareader(topic_.get(), qos, nullptr, StatusMask::all());
+    auto* const reader =
+        subscriber.create_datareader(topic_.get(), qos, nullptr, internal::dds::StatusMask::all());
     if (reader == nullptr) {
         internal::fail(logger_, "Failed to create reader");
     }

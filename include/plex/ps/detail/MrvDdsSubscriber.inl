@@ -41,6 +41,7 @@ std::shared_ptr<internal::dds::DataReader> MrvDdsSubscriber<T, ST>::makeReader()
 {
     const internal::dds::StatusMask communicationStatuses(0x7FE7);
     internal::dds::DataReaderQos qos;
+    internal::represent(qos, this->representation_);
     qos.history().kind = internal::dds::KEEP_LAST_HISTORY_QOS;
     qos.history().depth = 1;
     qos.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;

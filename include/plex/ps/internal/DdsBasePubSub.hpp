@@ -3,6 +3,7 @@
 
 #include <plex/Plex.hpp>
 #include <plex/ps/TopicAdapter.hpp>
+#include <plex/ps/internal/DataRepresentation.hpp>
 #include <plex/ps/internal/Entities.hpp>
 
 #include <fastdds/dds/subscriber/SampleInfo.hpp>
@@ -33,7 +34,8 @@ class DdsEntityBase
 {
 public:
     /// @param typeSupport owns a new topic data type.
-    /// @throws PlexException when the URI is no DDS publish/subscribe URI or the type cannot be registered.
+    /// @throws PlexException when the URI is no DDS publish/subscribe URI, property
+    ///         "dds.data_representation" has no meaning or the type cannot be registered.
     DdsEntityBase(Uri uri, qos::QoSList qos, Plex::Properties properties, ParticipantPointer participant,
                   dds::TypeSupport typeSupport);
     DdsEntityBase(const DdsEntityBase&) = delete;
@@ -62,6 +64,10 @@ public:
     dds::DataWriter* createWriter(dds::Publisher& publisher, dds::Topic& topic,
                                   const log4cplus::Logger& logger,
                                   std::optional<std::int32_t> historyDepth) const;
+
+    /// A new data reader from the reader profile; null when there is none of that name or DDS refuses it.
+    dds::DataReader* createReaderWithProfile(dds::Subscriber& subscriber, dds::Topic& topic,
+                                             const std::string& profile) const;
 
     /// A new DDS subscriber, deleted by its pointer. @throws PlexException when it cannot be made.
     std::shared_ptr<dds::Subscriber> createSubscriber();
@@ -93,6 +99,7 @@ protected:
     std::int32_t deadlineMs_ = 0; ///< 0 or less: none
     std::int32_t latencyMs_ = 0;  ///< 0 or less: none
     const Plex::Properties properties_;
+    const std::optional<DataRepresentationId> representation_; ///< the one asked for by property
     const ParticipantPointer participant_;
     dds::TypeSupport typeSupport_;
     std::string topicName_;
@@ -100,6 +107,8 @@ protected:
 private:
     dds::Topic* findTopic() const;
     dds::Topic* makeTopic() const;
+    dds::DataWriter* createWriterWithProfile(dds::Publisher& publisher, dds::Topic& topic,
+                                             const std::string& profile) const;
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsBasePubSub");
 };

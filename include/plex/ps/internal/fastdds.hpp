@@ -4,6 +4,7 @@
 // The one place that knows how the generations of Fast DDS differ. The rest is written to the names of
 // generation 2.14 where the generations differ, and to Fast DDS's own names where they agree.
 
+#include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
 #include <fastdds/dds/topic/TopicDataType.hpp>
 
 #include <array>
@@ -62,6 +63,12 @@ using Duration_t = eprosima::fastdds::dds::Duration_t;
 using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
 using MD5 = eprosima::fastdds::MD5;
 using HistoryMemory = eprosima::fastdds::rtps::MemoryManagementPolicy;
+
+/// The data representations that a reader accepts.
+inline auto& representationOf(eprosima::fastdds::dds::DataReaderQos& qos) noexcept
+{
+    return qos.representation();
+}
 
 /// A topic data type under the names of generation 2.14: a derived class overrides those.
 class TopicDataType : public eprosima::fastdds::dds::TopicDataType
@@ -140,6 +147,12 @@ using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
 using MD5 = ::MD5;
 using HistoryMemory = eprosima::fastrtps::rtps::MemoryManagementPolicy;
 using TopicDataType = eprosima::fastdds::dds::TopicDataType;
+
+/// The data representations that a reader accepts.
+inline auto& representationOf(eprosima::fastdds::dds::DataReaderQos& qos) noexcept
+{
+    return qos.type_consistency().representation;
+}
 
 #endif
 

@@ -20,6 +20,7 @@ inline DdsEntityBase::DdsEntityBase(Uri uri, qos::QoSList qos, Plex::Properties 
     : uri_(std::move(uri))
     , qos_(std::move(qos))
     , properties_(std::move(properties))
+    , representation_(dataRepresentation(properties_))
     , participant_(std::move(participant))
     , typeSupport_(std::move(typeSupport))
 {
@@ -125,14 +126,14 @@ inline dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, d
 {
     if (getQosLibraryName() != nullptr) {
         const auto profile = getProfileNameByProfileType(ProfileType::Writer, properties_);
-        dds::DataWriter* const writer =
-            publisher.create_datawriter_with_profile(&topic, profile, nullptr, dds::StatusMask::all());
+        dds::DataWriter* const writer = createWriterWithProfile(publisher, topic, profile);
         if (writer == nullptr) {
             fail(logger, "Failed to create writer with profile:" + profile);
         }
         return writer;
     }
     dds::DataWriterQos qos;
+    represent(qos, representation_);
     if (deadlineMs_ > 0) {
         qos.deadline().period = deadlinePeriod();
     }
@@ -146,6 +147,36 @@ inline dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, d
         fail(logger, "Failed to create writer");
     }
     return writer;
+}
+
+inline dds::DataWriter* DdsEntityBase::createWriterWithProfile(dds::Publisher& publisher, dds::Topic& topic,
+                                                               const std::string& profile) const
+{
+    const auto mask = dds::StatusMask::all();
+    if (!representation_) {
+        return publisher.create_datawriter_with_profile(&topic, profile, nullptr, mask);
+    }
+    dds::DataWriterQos qos; // a profile cannot say the representation
+    if (code(publisher.get_datawriter_qos_from_profile(profile, qos)) != RETCODE_OK) {
+        return nullptr;
+    }
+    represent(qos, representation_);
+    return publisher.create_datawriter(&topic, qos, nullptr, mask);
+}
+
+inline dds::DataReader* DdsEntityBase::createReaderWithProfile(dds::Subscriber& subscriber, dds::Topic& topic,
+                                                               const std::string& profile) const
+{
+    const auto mask = dds::StatusMask::all();
+    if (!representation_) {
+        return subscriber.create_datareader_with_profile(&topic, profile, nullptr, mask);
+    }
+    dds::DataReaderQos qos;
+    if (code(subscriber.get_datareader_qos_from_profile(profile, qos)) != RETCODE_OK) {
+        return nullptr;
+    }
+    represent(qos, representation_);
+    return subscriber.create_datareader(&topic, qos, nullptr, mask);
 }
 
 inline std::shared_ptr<dds::Subscriber> DdsEntityBase::createSubscriber()
