@@ -32,6 +32,14 @@ std::shared_ptr<T> createDataEntityFrom(const typename ST::DdsType& sample)
 namespace internal
 {
 
+/// The adapter behind an interface value, or null. Nearly always the value is exactly that; a class derived
+/// from it costs a search.
+template <class Adapter, class Value>
+Adapter* adapterOf(Value& value)
+{
+    return typeid(value) == typeid(Adapter) ? static_cast<Adapter*>(&value) : dynamic_cast<Adapter*>(&value);
+}
+
 /// Logs and throws for a value that is not this binding's.
 /// @param line where the log record says that it comes from.
 [[noreturn]] inline void refuseForeignValue(const log4cplus::Logger& logger, int line)
@@ -51,7 +59,7 @@ namespace internal
 template <class T, class ST>
 const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
 {
-    if (const auto* const adapter = dynamic_cast<const ST*>(&value)) {
+    if (const auto* const adapter = internal::adapterOf<const ST>(value)) {
         return *adapter;
     }
     internal::refuseForeignValue(logger, 105);
@@ -61,7 +69,7 @@ const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
 template <class T, class ST>
 ST& obtainImpl(T& value, log4cplus::Logger& logger)
 {
-    if (auto* const adapter = dynamic_cast<ST*>(&value)) {
+    if (auto* const adapter = internal::adapterOf<ST>(value)) {
         return *adapter;
     }
     internal::refuseForeignValue(logger, 127);

@@ -114,6 +114,9 @@ private:
     void dispatchToNotifiers();
     void dispatchToListeners();
 
+    /// Takes the next sample, in any state, into the members for it. @returns whether there was one.
+    bool takeNext();
+
     /// Calls back for a sample unless the QoS or the filter holds it back. @param makeData gives its value.
     template <class MakeData>
     void dispatch(const SubscriptionInfo& subscription, const internal::dds::SampleInfo& info,
@@ -127,6 +130,8 @@ private:
     Registry<SubscriptionInfo> asyncRegistry_;
     Registry<NotifierSubscriptionInfo> notifierRegistry_;
     bool moreData_ = false; ///< data came from inside a callback
+    internal::dds::LoanableSequence<typename ST::DdsType> taken_{1}; ///< the sample being dispatched
+    internal::dds::SampleInfoSeq takenInfo_{1};                      ///< its info
 
     mutable internal::DispatchMutex syncMutex_; ///< guards the registry below
     Registry<SubscriptionInfo> syncRegistry_;

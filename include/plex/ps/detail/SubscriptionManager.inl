@@ -271,25 +271,26 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
 template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToListeners()
 {
-    // Not take_next_sample(), which passes over samples that a notifier's look has marked as read.
-    internal::dds::LoanableSequence<typename ST::DdsType> samples(1);
-    internal::dds::SampleInfoSeq infos(1);
-    const auto takeNext = [&] {
-        samples.length(0);
-        infos.length(0);
-        return internal::code(reader_->take(samples, infos, 1, internal::dds::ANY_SAMPLE_STATE,
-                                            internal::dds::ANY_VIEW_STATE,
-                                            internal::dds::ANY_INSTANCE_STATE)) == internal::RETCODE_OK;
-    };
     while (takeNext()) {
-        if (!infos[0].valid_data) {
+        if (!takenInfo_[0].valid_data) {
             continue;
         }
         for (const auto& [id, subscription] : asyncRegistry_) {
-            dispatch(subscription, infos[0],
-                     [&] { return std::make_shared<ST>(samples[0], ovra::plex::icd::dds::Borrow{}); });
+            dispatch(subscription, takenInfo_[0],
+                     [&] { return std::make_shared<ST>(taken_[0], ovra::plex::icd::dds::Borrow{}); });
         }
     }
+}
+
+template <class T, class ST>
+bool SubscriptionManager<T, ST>::takeNext()
+{
+    // Not take_next_sample(), which passes over samples that a notifier's look has marked as read.
+    taken_.length(0);
+    takenInfo_.length(0);
+    return internal::code(reader_->take(taken_, takenInfo_, 1, internal::dds::ANY_SAMPLE_STATE,
+                                        internal::dds::ANY_VIEW_STATE, internal::dds::ANY_INSTANCE_STATE)) ==
+           internal::RETCODE_OK;
 }
 
 template <class T, class ST>
