@@ -5,9 +5,6 @@
 #include <plex/common/Properties.hpp>
 #include <plex/ps/internal/fastdds.hpp>
 
-#include <fastdds/dds/publisher/qos/DataWriterQos.hpp>
-#include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
-
 #include <optional>
 
 /// The data representation (DDS-XTypes 1.3, 7.6.3.1) that writers offer and readers accept.
@@ -36,7 +33,7 @@ inline std::optional<DataRepresentationId> dataRepresentation(const Plex::Proper
 inline void represent(eprosima::fastdds::dds::DataWriterQos& qos, std::optional<DataRepresentationId> asked)
 {
     if (asked) {
-        qos.representation().m_value = {*asked};
+        offer(qos, *asked);
     }
 }
 

@@ -4,6 +4,7 @@
 // The one place that knows how the generations of Fast DDS differ. The rest is written to the names of
 // generation 2.14 where the generations differ, and to Fast DDS's own names where they agree.
 
+#include <fastdds/dds/publisher/qos/DataWriterQos.hpp>
 #include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
 #include <fastdds/dds/topic/TopicDataType.hpp>
 
@@ -63,6 +64,12 @@ using Duration_t = eprosima::fastdds::dds::Duration_t;
 using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
 using MD5 = eprosima::fastdds::MD5;
 using HistoryMemory = eprosima::fastdds::rtps::MemoryManagementPolicy;
+
+/// Lets a writer offer just this representation.
+inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation)
+{
+    qos.representation().m_value = {representation};
+}
 
 /// The data representations that a reader accepts.
 inline auto& representationOf(eprosima::fastdds::dds::DataReaderQos& qos) noexcept
@@ -147,6 +154,20 @@ using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
 using MD5 = ::MD5;
 using HistoryMemory = eprosima::fastrtps::rtps::MemoryManagementPolicy;
 using TopicDataType = eprosima::fastdds::dds::TopicDataType;
+
+/// Lets a writer offer just this representation.
+///
+/// Whatever the representation, this generation asks a type for the size of a value in XCDR version 1 and
+/// makes room for that. Preallocated payloads have the type's largest size instead; they would bring data
+/// sharing along, which never carries these types.
+inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation)
+{
+    qos.representation().m_value = {representation};
+    if (representation != eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION) {
+        qos.endpoint().history_memory_policy = HistoryMemory::PREALLOCATED_MEMORY_MODE;
+        qos.data_sharing().off();
+    }
+}
 
 /// The data representations that a reader accepts.
 inline auto& representationOf(eprosima::fastdds::dds::DataReaderQos& qos) noexcept

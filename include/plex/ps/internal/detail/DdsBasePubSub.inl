@@ -133,7 +133,6 @@ inline dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, d
         return writer;
     }
     dds::DataWriterQos qos;
-    represent(qos, representation_);
     if (deadlineMs_ > 0) {
         qos.deadline().period = deadlinePeriod();
     }
@@ -142,6 +141,7 @@ inline dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, d
     qos.resource_limits().max_samples = 40000;
     qos.resource_limits().max_instances = 100;
     qos.endpoint().history_memory_policy = HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE;
+    represent(qos, representation_); // may need another policy
     dds::DataWriter* const writer = publisher.create_datawriter(&topic, qos, nullptr, dds::StatusMask::all());
     if (writer == nullptr) {
         fail(logger, "Failed to create writer");
