@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: Apache-2.0
+// A publisher or subscriber of Cyclone DDS for one topic, reliable and transient-local. Numbers are given and
+// printed as the 16 hexadecimal digits of their bits, those of one value on one line.
+//
+//     peer publish DOMAIN TOPIC TYPE REPRESENTATION NUMBER…    ends when a reader has acknowledged all values
+//     peer subscribe DOMAIN TOPIC TYPE REPRESENTATION COUNT    ends after so many values
+//
+// An endpoint on the other side that does not fit ends it too: it prints "incompatible data representation",
+// or the number of the policy that does not fit.
+#include "Types.h"
+
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <dds/dds.h>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr dds_duration_t patience = DDS_SECS(20);
+
+/// An entity, or a failure as an exception.
+dds_entity_t checked(dds_entity_t result, const char* what)
+{
+    if (result < 0) {
+        throw std::runtime_error(std::string(what) + ": " + dds_strretcode(result));
+    }
+    return result;
+}
+
+/// What the command line asks for.
+struct Task {
+    bool publishes;
+    dds_domainid_t domain;
+    const char* topic;
+    const dds_topic_descriptor_t* type;
+    dds_data_representation_id_t representation;
+    std::vector<const char*> rest;
+
+    /// Values of all types are one or more numbers of 64 bits.
+    std::size_t numbers() const { return type->m_size / sizeof(std::uint64_t); }
+};
+
+Task parse(const std::vector<const char*>& arguments)
+{
+    if (arguments.size() < 7) {
+        throw std::runtime_error("arguments are missing");
+    }
+    return {std::string(arguments[1]) == "publish",
+            static_cast<dds_domainid_t>(std::strtoul(arguments[2], nullptr, 10)),
+            arguments[3],
+            std::string(arguments[4]) == "AltAz" ? &generated_dds__vexstubif_AltAz_desc
+                                                 : &generated_dds__vexstubif_DomeTemperature_desc,
+            std::string(arguments[5]) == "xcdr1"
+                ? dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR1}
+                : dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR2},
+            {arguments.begin() + 6, arguments.end()}};
+}
+
+/// The QoS of every entity: nothing is lost, whoever comes first.
+dds_qos_t* makeQos(const Task& task)
+{
+    dds_qos_t* const qos = dds_create_qos();
+    dds_qset_reliability(qos, DDS_RELIABILITY_RELIABLE, patience);
+    dds_qset_durability(qos, DDS_DURABILITY_TRANSIENT_LOCAL);
+    dds_qset_history(qos, DDS_HISTORY_KEEP_ALL, DDS_LENGTH_UNLIMITED);
+    dds_qset_durability_service(qos, 0, DDS_HISTORY_KEEP_ALL, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED,
+                                DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED);
+    dds_qset_data_representation(qos, 1, &task.representation);
+    return qos;
+}
+
+/// Waits for a status of an entity.
+class Watch
+{
+public:
+    Watch(dds_entity_t participant, dds_entity_t entity, std::uint32_t statuses)
+        : waitSet_(checked(dds_create_waitset(participant), "create a wait set"))
+    {
+        checked(dds_set_status_mask(entity, statuses), "set the status mask");
+        checked(dds_waitset_attach(waitSet_, entity, 0), "attach to the wait set");
+    }
+
+    void wait() const
+    {
+        if (checked(dds_waitset_wait_until(waitSet_, nullptr, 0, end_), "wait") == 0) {
+            throw std::runtime_error("the other side did not do its part in time");
+        }
+    }
+
+private:
+    const dds_entity_t waitSet_;
+    const dds_time_t end_ = dds_time() + patience;
+};
+
+bool isIncompatible(std::uint32_t count, std::uint32_t policy)
+{
+    if (count > 0 && policy == DDS_DATA_REPRESENTATION_QOS_POLICY_ID) {
+        std::printf("incompatible data representation\n");
+    } else if (count > 0) {
+        std::printf("incompatible policy %" PRIu32 "\n", policy);
+    }
+    return count > 0;
+}
+
+void publish(const Task& task, dds_entity_t participant, dds_entity_t topic, const dds_qos_t* qos)
+{
+    const dds_entity_t writer =
+        checked(dds_create_writer(participant, topic, qos, nullptr), "create a writer");
+    const Watch watch(participant, writer,
+                      DDS_PUBLICATION_MATCHED_STATUS | DDS_OFFERED_INCOMPATIBLE_QOS_STATUS);
+    watch.wait();
+    dds_offered_incompatible_qos_status_t status{};
+    checked(dds_get_offered_incompatible_qos_status(writer, &status), "get a status");
+    if (isIncompatible(status.total_count, status.last_policy_id)) {
+        return;
+    }
+    std::vector<std::uint64_t> value;
+    for (const char* const number : task.rest) {
+        value.push_back(std::strtoull(number, nullptr, 16));
+        if (value.size() == task.numbers()) {
+            checked(dds_write(writer, value.data()), "write");
+            value.clear();
+        }
+    }
+    checked(dds_wait_for_acks(writer, patience), "wait for acknowledgments");
+}
+
+void subscribe(const Task& task, dds_entity_t participant, dds_entity_t topic, const dds_qos_t* qos)
+{
+    const dds_entity_t reader =
+        checked(dds_create_reader(participant, topic, qos, nullptr), "create a reader");
+    const Watch watch(participant, reader, DDS_DATA_AVAILABLE_STATUS | DDS_REQUESTED_INCOMPATIBLE_QOS_STATUS);
+    unsigned long missing = std::strtoul(task.rest.front(), nullptr, 10);
+    while (missing > 0) {
+        watch.wait();
+        dds_requested_incompatible_qos_status_t status{};
+        checked(dds_get_requested_incompatible_qos_status(reader, &status), "get a status");
+        if (isIncompatible(status.total_count, status.last_policy_id)) {
+            return;
+        }
+        std::vector<std::uint64_t> value(task.numbers());
+        void* sample = value.data();
+        dds_sample_info_t info{};
+        while (checked(dds_take(reader, &sample, &info, 1, 1), "take") > 0) {
+            for (std::size_t i = 0; info.valid_data && i < value.size(); ++i) {
+                std::printf("%016" PRIx64 "%s", value[i], i + 1 < value.size() ? " " : "\n");
+            }
+            missing -= info.valid_data ? 1 : 0;
+        }
+        std::fflush(stdout);
+    }
+}
+
+void run(const Task& task)
+{
+    const dds_entity_t participant =
+        checked(dds_create_participant(task.domain, nullptr, nullptr), "create a participant");
+    dds_qos_t* const qos = makeQos(task);
+    const dds_entity_t topic =
+        checked(dds_create_topic(participant, task.type, task.topic, qos, nullptr), "create a topic");
+    (task.publishes ? publish : subscribe)(task, participant, topic, qos);
+    dds_delete_qos(qos);
+    checked(dds_delete(participant), "delete the participant");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        run(parse({argv, argv + argc}));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "peer: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
