@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Process.hpp"
 #include "TestTopic.hpp"
+#include "Topics.hpp"
 #include "WaitFor.hpp"
 
-#include <generated/vexstubif/Factories.hpp>
-#include <plex/Plex.hpp>
-#include <plex/dds/DdsPlex.hpp>
 #include <plex/dds/DdsUriHelper.hpp>
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <bit>
 #include <cstdint>
 #include <iomanip>
 #include <iterator>
-#include <optional>
 #include <sstream>
 
 namespace plex::test
@@ -23,13 +19,6 @@ namespace plex::test
 
 using namespace std::chrono_literals;
 using ovra::plex::Uri;
-using Properties = ovra::plex::Plex::Properties;
-using vexstubif::AltAz;
-using vexstubif::DomeTemperature;
-
-/// A value's numbers as bits: NaNs and signs of zero count.
-template <std::size_t count>
-using Bits = std::array<std::uint64_t, count>;
 
 /// Numbers that are easily spoiled.
 constexpr std::array<std::uint64_t, 10> numbers{
@@ -45,89 +34,36 @@ constexpr std::array<std::uint64_t, 10> numbers{
     0x0123456789abcdef, // bytes that all differ
 };
 
-/// The topics of the test, each with what is known of its type.
-struct Positions {
-    static constexpr const char* type = "AltAz";
-    static constexpr auto createPublisher = generated_dds_Publisher_vexstubif_AltAz;
-    static constexpr auto createSubscriber = generated_dds_Subscriber_vexstubif_AltAz;
-
-    static void set(AltAz& value, const Bits<2>& bits)
-    {
-        value.setAlt(std::bit_cast<double>(bits[0]));
-        value.setAz(std::bit_cast<double>(bits[1]));
-    }
-
-    static Bits<2> bits(const AltAz& value)
-    {
-        return {std::bit_cast<std::uint64_t>(value.getAlt()), std::bit_cast<std::uint64_t>(value.getAz())};
-    }
-
-    static std::vector<Bits<2>> values()
-    {
-        std::vector<Bits<2>> result;
-        for (std::size_t i = 0; i < numbers.size(); ++i) {
-            result.push_back({numbers[i], numbers[numbers.size() - 1 - i]});
+/// The values of a topic: every number in every member.
+template <class Topic>
+std::vector<Bits<Topic::numbers>> values()
+{
+    std::vector<Bits<Topic::numbers>> result;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        auto& value = result.emplace_back();
+        for (std::size_t member = 0; member < value.size(); ++member) {
+            value[member] = numbers[(i + 3 * member) % numbers.size()];
         }
-        return result;
     }
-};
-
-struct Temperatures {
-    static constexpr const char* type = "DomeTemperature";
-    static constexpr auto createPublisher = generated_dds_Publisher_vexstubif_DomeTemperature;
-    static constexpr auto createSubscriber = generated_dds_Subscriber_vexstubif_DomeTemperature;
-
-    static void set(DomeTemperature& value, const Bits<1>& bits)
-    {
-        value.setTemp(std::bit_cast<double>(bits[0]));
-    }
-
-    static Bits<1> bits(const DomeTemperature& value)
-    {
-        return {std::bit_cast<std::uint64_t>(value.getTemp())};
-    }
-
-    static std::vector<Bits<1>> values()
-    {
-        std::vector<Bits<1>> result;
-        for (const auto number : numbers) {
-            result.push_back({number});
-        }
-        return result;
-    }
-};
+    return result;
+}
 
 /// Publishers and subscribers of ours and of a peer, on both sides reliable and transient-local.
 class PeerTest : public testing::Test
 {
 protected:
-    void SetUp() override { plex_->getDomainParticipant(uri_, {{"dds.qos.profile.file", LOOPBACK_FILE}}); }
+    void SetUp() override { loadLoopback(*plex_, uri_); }
 
-    /// What ours are made with: shipped profiles on the loopback interface.
-    static Properties properties(const std::optional<std::string>& representation)
+    template <class Topic>
+    auto publisher(const std::string& representation)
     {
-        Properties result{{"dds.wait_for_ack.timeout_ms", "0"}, // a peer that has what it wants just goes
-                          {"dds.qos.profile.file", PROFILE_FILE},
-                          {"dds.qos.profile.library", "latched"},
-                          {"dds.qos.profile.participant", "loopback.participant"}};
-        if (representation) {
-            result["dds.data_representation"] = *representation;
-        }
-        return result;
+        return create(Topic::createPublisher, plex_, uri_, representation);
     }
 
     template <class Topic>
-    auto publisher(const std::optional<std::string>& representation)
+    auto subscriber(const std::string& representation)
     {
-        auto* const made = Topic::createPublisher(plex_, uri_, {}, properties(representation));
-        return std::unique_ptr<std::remove_pointer_t<decltype(made)>>(made);
-    }
-
-    template <class Topic>
-    auto subscriber(const std::optional<std::string>& representation)
-    {
-        auto* const made = Topic::createSubscriber(plex_, uri_, {}, properties(representation));
-        return std::unique_ptr<std::remove_pointer_t<decltype(made)>>(made);
+        return create(Topic::createSubscriber, plex_, uri_, representation);
     }
 
     /// The peer's process, which needs no more than the loopback interface.
@@ -178,7 +114,7 @@ protected:
     static void publishValues(Publisher& publisher)
     {
         const auto value = publisher.createDataEntity();
-        for (const auto& bits : Topic::values()) {
+        for (const auto& bits : values<Topic>()) {
             Topic::set(*value, bits);
             publisher.publish(*value, 0ms);
         }
@@ -188,7 +124,7 @@ protected:
     template <class Topic, class Subscriber>
     static std::string arrived(Subscriber& subscriber, std::size_t count)
     {
-        std::vector<typename decltype(Topic::values())::value_type> result;
+        std::vector<Bits<Topic::numbers>> result;
         waitFor([&] {
             for (const auto& value : subscriber.read(0)) {
                 result.push_back(Topic::bits(*value));
@@ -200,20 +136,21 @@ protected:
 
     /// The topic's name has letters, digits, underscores and slashes only: the peer takes no others.
     const Uri uri_{"dds+ps://" + std::to_string(testDomain()) + "/interop/" + std::to_string(getpid())};
-    const std::shared_ptr<ovra::plex::DdsPlex> plex_ = std::make_shared<ovra::plex::DdsPlex>(Properties{});
+    const std::shared_ptr<ovra::plex::DdsPlex> plex_ =
+        std::make_shared<ovra::plex::DdsPlex>(ovra::plex::Plex::Properties{});
 };
 
 /// How the peer's types and endpoints are declared, and ours to go with them.
 struct Variant {
     const char* extensibility;
     const char* representation;
-    std::optional<std::string> property;
+    std::string property; ///< empty: absent
 };
 
 std::string nameOf(const Variant& variant)
 {
     const auto& [extensibility, representation, property] = variant;
-    return std::string(extensibility) + "_" + representation + (property ? "" : "_by_default");
+    return std::string(extensibility) + "_" + representation + (property.empty() ? "_by_default" : "");
 }
 
 std::ostream& operator<<(std::ostream& out, const Variant& variant)
@@ -226,7 +163,7 @@ std::string parameterName(const testing::TestParamInfo<Variant>& info)
     return nameOf(info.param);
 }
 
-const Variant finalXcdr1ByDefault{"final", "xcdr1", std::nullopt};
+const Variant finalXcdr1ByDefault{"final", "xcdr1", ""};
 const Variant finalXcdr1{"final", "xcdr1", "xcdr1"};
 const Variant finalXcdr2{"final", "xcdr2", "xcdr2"};
 const Variant appendableXcdr2{"appendable", "xcdr2", "xcdr2"};
@@ -240,9 +177,9 @@ protected:
         const auto& [extensibility, representation, property] = GetParam();
         const auto subscriber = this->subscriber<Topic>(property);
         auto peer =
-            this->peer("publish", extensibility, Topic::type, representation, words(text(Topic::values())));
+            this->peer("publish", extensibility, Topic::type, representation, words(text(values<Topic>())));
         EXPECT_EQ(peer.finish(), "");
-        EXPECT_EQ(arrived<Topic>(*subscriber, Topic::values().size()), text(Topic::values()));
+        EXPECT_EQ(arrived<Topic>(*subscriber, values<Topic>().size()), text(values<Topic>()));
     }
 };
 
@@ -270,8 +207,8 @@ protected:
         const auto publisher = this->publisher<Topic>(property);
         publishValues<Topic>(*publisher);
         auto peer = this->peer("subscribe", extensibility, Topic::type, representation,
-                               {std::to_string(Topic::values().size())});
-        EXPECT_EQ(peer.finish(), text(Topic::values()));
+                               {std::to_string(values<Topic>().size())});
+        EXPECT_EQ(peer.finish(), text(values<Topic>()));
     }
 };
 
@@ -306,7 +243,7 @@ TEST_F(PeerTest, FinalReaderOfThePeerRefusesDelimitedValues)
     publishValues<Positions>(*publisher);
     auto reader = peer("subscribe", "final", "AltAz", "xcdr2", {"1"});
     reader.readUntil(
-        [](const std::string& output) { return complaints(output) >= Positions::values().size(); });
+        [](const std::string& output) { return complaints(output) >= values<Positions>().size(); });
 
     // The reader is in order: it takes what a final type of its own kind writes, and had nothing else.
     const std::vector<Bits<2>> own{{1, 2}};
@@ -322,7 +259,7 @@ TEST_F(PeerTest, FinalReaderOfThePeerRefusesDelimitedValues)
 TEST_F(PeerTest, OrdinarySubscriberIsNotMatchedByAnXcdr2Writer)
 {
     for (const std::string extensibility : {"final", "appendable"}) {
-        const auto subscriber = this->subscriber<Positions>(std::nullopt);
+        const auto subscriber = this->subscriber<Positions>("");
         auto writer = peer("publish", extensibility, "AltAz", "xcdr2", {"1", "2"});
         EXPECT_EQ(writer.finish(), "incompatible data representation\n") << extensibility;
         EXPECT_TRUE(subscriber->read(0).empty());
@@ -332,7 +269,7 @@ TEST_F(PeerTest, OrdinarySubscriberIsNotMatchedByAnXcdr2Writer)
 TEST_F(PeerTest, OrdinaryPublisherIsNotMatchedByAnXcdr2Reader)
 {
     for (const std::string extensibility : {"final", "appendable"}) {
-        const auto publisher = this->publisher<Positions>(std::nullopt);
+        const auto publisher = this->publisher<Positions>("");
         publishValues<Positions>(*publisher);
         auto reader = peer("subscribe", extensibility, "AltAz", "xcdr2", {"1"});
         EXPECT_EQ(reader.finish(), "incompatible data representation\n") << extensibility;
