@@ -222,7 +222,7 @@ TEST_P(ToPeerTest, EveryTemperatureArrivesBitForBit)
     expectArrival<Temperatures>();
 }
 
-// Without finalXcdr2: see FinalReaderOfThePeerRefusesDelimitedValues.
+// Without finalXcdr2: see FinalReaderRefusesDelimitedValues.
 INSTANTIATE_TEST_SUITE_P(Variants, ToPeerTest,
                          testing::Values(finalXcdr1ByDefault, finalXcdr1, appendableXcdr2), parameterName);
 
@@ -237,13 +237,16 @@ std::size_t complaints(const std::string& output)
     return count;
 }
 
-TEST_F(PeerTest, FinalReaderOfThePeerRefusesDelimitedValues)
+class RefusingPeerTest : public PeerTest, public testing::WithParamInterface<std::string>
+{
+};
+
+TEST_P(RefusingPeerTest, FinalReaderRefusesDelimitedValues)
 {
     const auto publisher = this->publisher<Positions>("xcdr2");
     publishValues<Positions>(*publisher);
-    auto reader = peer("subscribe", "final", "AltAz", "xcdr2", {"1"});
-    reader.readUntil(
-        [](const std::string& output) { return complaints(output) >= values<Positions>().size(); });
+    auto reader = peer("subscribe", "final", "AltAz", GetParam(), {"1"});
+    reader.readUntil([](const std::string& output) { return complaints(output) >= numbers.size(); });
 
     // The reader is in order: it takes what a final type of its own kind writes, and had nothing else.
     const std::vector<Bits<2>> own{{1, 2}};
@@ -255,6 +258,8 @@ TEST_F(PeerTest, FinalReaderOfThePeerRefusesDelimitedValues)
     }
     EXPECT_EQ(values, text(own));
 }
+
+INSTANTIATE_TEST_SUITE_P(Representations, RefusingPeerTest, testing::Values("xcdr2", "default"));
 
 TEST_F(PeerTest, OrdinarySubscriberIsNotMatchedByAnXcdr2Writer)
 {

@@ -5,8 +5,9 @@
 //     peer publish DOMAIN TOPIC TYPE REPRESENTATION NUMBER…    ends when a reader has acknowledged all values
 //     peer subscribe DOMAIN TOPIC TYPE REPRESENTATION COUNT    ends after so many values
 //
-// An endpoint on the other side that does not fit ends it too: it prints "incompatible data representation",
-// or the number of the policy that does not fit.
+// REPRESENTATION is xcdr1, xcdr2, or default for what the peer chooses. An endpoint on the other side that
+// does not fit ends it too: it prints "incompatible data representation", or the number of the policy that
+// does not fit.
 #include "Types.h"
 
 #include <cinttypes>
@@ -38,12 +39,21 @@ struct Task {
     dds_domainid_t domain;
     const char* topic;
     const dds_topic_descriptor_t* type;
-    dds_data_representation_id_t representation;
+    std::vector<dds_data_representation_id_t> representations; ///< empty: as the peer has it by default
     std::vector<const char*> rest;
 
     /// Values of all types are one or more numbers of 64 bits.
     std::size_t numbers() const { return type->m_size / sizeof(std::uint64_t); }
 };
+
+std::vector<dds_data_representation_id_t> representations(const std::string& name)
+{
+    if (name == "default") {
+        return {};
+    }
+    return {name == "xcdr1" ? dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR1}
+                            : dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR2}};
+}
 
 Task parse(const std::vector<const char*>& arguments)
 {
@@ -55,9 +65,7 @@ Task parse(const std::vector<const char*>& arguments)
             arguments[3],
             std::string(arguments[4]) == "AltAz" ? &generated_dds__vexstubif_AltAz_desc
                                                  : &generated_dds__vexstubif_DomeTemperature_desc,
-            std::string(arguments[5]) == "xcdr1"
-                ? dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR1}
-                : dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR2},
+            representations(arguments[5]),
             {arguments.begin() + 6, arguments.end()}};
 }
 
@@ -70,7 +78,10 @@ dds_qos_t* makeQos(const Task& task)
     dds_qset_history(qos, DDS_HISTORY_KEEP_ALL, DDS_LENGTH_UNLIMITED);
     dds_qset_durability_service(qos, 0, DDS_HISTORY_KEEP_ALL, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED,
                                 DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED);
-    dds_qset_data_representation(qos, 1, &task.representation);
+    if (!task.representations.empty()) {
+        dds_qset_data_representation(qos, static_cast<std::uint32_t>(task.representations.size()),
+                                     task.representations.data());
+    }
     return qos;
 }
 
