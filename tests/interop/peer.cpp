@@ -10,6 +10,7 @@
 // does not fit.
 #include "Types.h"
 
+#include <array>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
@@ -154,12 +155,12 @@ void subscribe(const Task& task, dds_entity_t participant, dds_entity_t topic, c
         if (isIncompatible(status.total_count, status.last_policy_id)) {
             return;
         }
-        std::vector<std::uint64_t> value(task.numbers());
+        std::array<std::uint64_t, 2> value{}; // no type has more
         void* sample = value.data();
         dds_sample_info_t info{};
         while (checked(dds_take(reader, &sample, &info, 1, 1), "take") > 0) {
-            for (std::size_t i = 0; info.valid_data && i < value.size(); ++i) {
-                std::printf("%016" PRIx64 "%s", value[i], i + 1 < value.size() ? " " : "\n");
+            for (std::size_t i = 0; info.valid_data && i < task.numbers(); ++i) {
+                std::printf("%016" PRIx64 "%s", value[i], i + 1 < task.numbers() ? " " : "\n");
             }
             missing -= info.valid_data ? 1 : 0;
         }
