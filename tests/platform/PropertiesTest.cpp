@@ -48,8 +48,8 @@ TEST(LongProperty, IsAWholeDecimalNumber)
 
 TEST(LongProperty, OfAnotherFormIsRefusedWithKeyAndValue)
 {
-    for (const std::string text :
-         {"", " 1", "1 ", "+1", "1.0", "1e3", "0x10", "-", "--1", "- 1", "1,000", "ten", "1\n"}) {
+    for (const std::string text : {"", " 1", "1 ", "+1", "1.0", "1e3", "0x10", "-", "--1", "- 1", "1,000",
+                                   "ten", "1\n", "9223372036854775808x"}) {
         EXPECT_EQ(refusalOf([&] { getLongProperty({{"a.key", text}}, "a.key", 42); }),
                   "Property a.key is not a whole number: \"" + text + "\"");
     }

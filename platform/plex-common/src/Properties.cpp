@@ -22,11 +22,11 @@ std::int64_t getLongProperty(const Plex::Properties& properties, const std::stri
     std::int64_t value = 0;
     const char* const end = text->data() + text->size();
     const auto [rest, error] = std::from_chars(text->data(), end, value);
+    if (error == std::errc::invalid_argument || rest != end) {
+        throw PlexException("Property " + key + " is not a whole number: \"" + *text + "\"");
+    }
     if (error == std::errc::result_out_of_range) {
         throw PlexException("Property " + key + " is out of range: \"" + *text + "\"");
-    }
-    if (error != std::errc{} || rest != end) {
-        throw PlexException("Property " + key + " is not a whole number: \"" + *text + "\"");
     }
     return value;
 }
