@@ -8,6 +8,20 @@
 namespace network
 {
 
+namespace
+{
+
+/// Whether what Boost.URL accepts is a reference by RFC 3986. It lets '#' pass inside a fragment, and where
+/// there is no scheme, a path without a slash behind a port or behind an address in brackets.
+bool isReference(const boost::urls::url_view& url)
+{
+    const auto path = url.encoded_path();
+    return !url.encoded_fragment().contains('#') &&
+           (!url.has_authority() || path.empty() || path.front() == '/');
+}
+
+} // namespace
+
 uri_syntax_error::uri_syntax_error()
     : std::system_error(std::make_error_code(std::errc::invalid_argument), "Unable to parse URI string.")
 {
@@ -18,7 +32,7 @@ uri_syntax_error::~uri_syntax_error() = default;
 void uri::parse(std::string text)
 {
     const auto parsed = boost::urls::parse_uri_reference(text);
-    if (!parsed) {
+    if (!parsed || !isReference(*parsed)) {
         throw uri_syntax_error();
     }
     const boost::urls::url_view& url = *parsed;
