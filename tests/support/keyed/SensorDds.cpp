@@ -14,10 +14,13 @@ namespace members = ovra::plex::ps::internal;
 namespace
 {
 
-void checkBound(const Sensor& data)
+void checkName(const Sensor& data)
 {
     if (data.name().size() > Sensor::maxNameLength) {
         throw exception::BadParamException("The name is longer than its bound");
+    }
+    if (data.name().find('\0') != std::string::npos) {
+        throw exception::BadParamException("The name holds a NUL, at which Fast CDR would end it");
     }
 }
 
@@ -33,7 +36,7 @@ std::size_t calculate_serialized_size(CdrSizeCalculator& calculator, const Senso
 template <>
 void serialize(Cdr& cdr, const Sensor& data)
 {
-    checkBound(data);
+    checkName(data);
     members::serializeMembers(cdr, data.name(), data.value());
 }
 
@@ -46,12 +49,12 @@ void deserialize(Cdr& cdr, Sensor& data)
 void deserialize(Cdr& cdr, Sensor& data, EncodingAlgorithmFlag encoding)
 {
     members::deserializeMembers(cdr, encoding, data.name(), data.value());
-    checkBound(data);
+    checkName(data);
 }
 
 void serialize_key(Cdr& cdr, const Sensor& data)
 {
-    checkBound(data);
+    checkName(data);
     cdr << data.name();
 }
 

@@ -50,11 +50,13 @@ PLEX_EXPORT std::size_t calculate_serialized_size(CdrSizeCalculator& calculator,
                                                   const generated::dds_::keyed::Sensor& data,
                                                   std::size_t& currentAlignment);
 
-/// @throws exception::Exception when the stream's buffer is too small or the name too long.
+/// @throws exception::Exception when the stream's buffer is too small or the name is too long or holds a
+/// NUL.
 template <>
 PLEX_EXPORT void serialize(Cdr& cdr, const generated::dds_::keyed::Sensor& data);
 
-/// @throws exception::Exception when the input is truncated or malformed or the name too long.
+/// @throws exception::Exception when the input is truncated or malformed or the name is too long or holds a
+/// NUL.
 template <>
 PLEX_EXPORT void deserialize(Cdr& cdr, generated::dds_::keyed::Sensor& data);
 
