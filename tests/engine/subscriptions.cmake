@@ -47,3 +47,14 @@ plex_add_test(engine-representation-tests
 target_compile_definitions(engine-representation-tests PRIVATE
     PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml"
     NO_INTRAPROCESS_FILE="${CMAKE_CURRENT_LIST_DIR}/NoIntraprocess.xml")
+
+# Leaks show in many rounds; a sanitizer finds them in few, and takes longer for each.
+set(lifeCycleRounds 10000)
+if(PLEX_SANITIZE OR PLEX_COVERAGE)
+    set(lifeCycleRounds 500)
+endif()
+plex_add_test(engine-life-cycle-tests
+    SOURCES
+        LifeCycleTest.cpp
+    LIBRARIES plex-dds-vexstubif plex-dds-keyed)
+target_compile_definitions(engine-life-cycle-tests PRIVATE LIFE_CYCLE_ROUNDS=${lifeCycleRounds})
