@@ -39,6 +39,9 @@ if(PLEX_COVERAGE)
     add_link_options(--coverage)
     target_sources(plex-warnings INTERFACE $<BUILD_INTERFACE:${CMAKE_CURRENT_LIST_DIR}/FlushCoverage.cpp>)
 endif()
+if(PLEX_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link) # libFuzzer's view of what an input reaches
+endif()
 
 # A shared library of the project, built from its sources under the common settings.
 function(plex_add_library name)

@@ -122,6 +122,26 @@ FailureLeavesNoRoot() {
     expect '' "$(left_overs)"
 }
 
+FuzzFailsWithAnInputThatFails() {
+    mkdir -p -- "$project/tests/fuzz/corpus/Good" "$project/tests/fuzz/corpus/Bad" "$project/build/fuzz/bin"
+    cp -- "$original/tests/fuzz/run-fuzz" "$project/tests/fuzz"
+    stand_in cmake <<<'exit 0'
+    stand_in c++ <<<'echo 14'
+    stand_in fuzz-Good <<<'echo "#9 DONE   cov: 5 ft: 7 corp: 1/1b"; echo "stat::number_of_executed_units: 9"'
+    stand_in fuzz-Bad <<<'echo "$*"; exit 77'
+    export PLEX_ENV=host
+    dev build fuzz
+    mv -- "$work"/bin/fuzz-* "$project/build/fuzz/bin"
+    local status=0
+    dev fuzz 3 >"$work/log" || status=$?
+    expect 1 $status
+    grep -Eq '^Good +9 executions +5 edges +7 features +ok$' "$work/log" || fail "$(cat "$work/log")"
+    grep -Eq '^Bad .*FAILED, see .*/Bad\.log$' "$work/log" || fail "$(cat "$work/log")"
+    grep -q -e -max_total_time=3 "$project/build/fuzz/failures/Bad.log"
+    rm -r -- "$project/tests/fuzz/corpus/Bad"
+    dev fuzz
+}
+
 HelpNeedsNoEnvironment() {
     dev --help | grep -q 'Usage: ./dev COMMAND'
     [ ! -e "$made" ]
@@ -209,6 +229,7 @@ UnknownWordsAreRefused() {
     expect_refusal 'unknown command "tset"' tset
     PLEX_ENV=moon expect_refusal 'not "moon"' run true
     expect_refusal 'run needs a command' run
+    expect_refusal 'not "soon"' fuzz soon
     expect_refusal 'no benchmarks' bench
 }
 
