@@ -174,6 +174,25 @@ def values_of_a_cut_arrive_after_it():
     end(publisher, subscriber)
 
 
+def cut_host_holds_up_nobody_else():
+    """While the kernel looks for the host that is gone, it keeps what is sent there, up to the socket's limit."""
+    network = joined()
+    publisher, cut_off = pair(network, "reliable")
+    unharmed = Peer(network.near, "subscribe", "reliable")
+    meet(publisher, unharmed)
+    network.far.set_link("down")
+    publisher.publish(1, 2000, 1000)
+    unharmed.expect(range(1, 2001))
+    show_delays(unharmed.values())
+    values = [value for value in unharmed.values() if value.number != WARM_UP]
+    pause = max(later.sent - earlier.sent for earlier, later in zip(values, values[1:]))
+    print(f"longest time between two values: {pause:.3f} s")
+    assert pause < 1.5
+    network.far.set_link("up")
+    cut_off.expect(range(1, 2001))
+    end(publisher, cut_off, unharmed)
+
+
 def full_history_refuses_and_loses_nothing():
     network = joined()
     publisher, subscriber = pair(network, "reliable")
@@ -260,6 +279,7 @@ SCENARIOS = {
     "AnotherHostIsReachedByUdp": another_host_is_reached_by_udp,
     "BadCableLosesNoValue": bad_cable_loses_no_value,
     "ValuesOfACutArriveAfterIt": values_of_a_cut_arrive_after_it,
+    "CutHostHoldsUpNobodyElse": cut_host_holds_up_nobody_else,
     "FullHistoryRefusesAndLosesNothing": full_history_refuses_and_loses_nothing,
     "CutBeyondTheLeaseCostsWhatIsNotKept": cut_beyond_the_lease_costs_what_is_not_kept,
     "LateSubscriberGetsWhatIsLatched": late_subscriber_gets_what_is_latched,
