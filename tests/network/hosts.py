@@ -136,9 +136,9 @@ class Network:
         except Refused as refusal:
             print(f"cable: a relay, as there is no netem here ({refusal})")
             self.near.command("ip", "link", "delete", DEVICE)
-            self.start_relay(loss, delay, jitter)
+            self.join_by_relay(loss, delay, jitter)
 
-    def start_relay(self, loss, delay, jitter):
+    def join_by_relay(self, loss, delay, jitter):
         devices = [open_tap(host) for host in (self.far, self.near)]
         script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "relay.py")
         words = [sys.executable, script, *devices, loss, delay, jitter, SEED]
