@@ -27,11 +27,13 @@
 #include <fastdds/rtps/common/InstanceHandle.hpp>
 #include <fastdds/rtps/common/SerializedPayload.hpp>
 #include <fastdds/rtps/common/Time_t.hpp>
+#include <fastdds/rtps/history/IPayloadPool.hpp>
 #include <fastdds/utils/md5.hpp>
 #else
 #include <fastdds/rtps/common/InstanceHandle.h>
 #include <fastdds/rtps/common/SerializedPayload.h>
 #include <fastdds/rtps/common/Time_t.h>
+#include <fastdds/rtps/history/IPayloadPool.h>
 #include <fastdds/rtps/resources/ResourceManagement.h>
 #include <fastrtps/types/TypesBase.h>
 #include <fastrtps/utils/md5.h>
@@ -44,6 +46,7 @@ namespace ovra::plex::ps::internal
 using ReturnCode = std::int32_t;
 
 inline constexpr ReturnCode RETCODE_OK = 0;
+inline constexpr ReturnCode RETCODE_ERROR = 1;
 inline constexpr ReturnCode RETCODE_BAD_PARAMETER = 3;
 inline constexpr ReturnCode RETCODE_PRECONDITION_NOT_MET = 4;
 inline constexpr ReturnCode RETCODE_TIMEOUT = 10;
@@ -64,6 +67,9 @@ using Duration_t = eprosima::fastdds::dds::Duration_t;
 using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
 using MD5 = eprosima::fastdds::MD5;
 using HistoryMemory = eprosima::fastdds::rtps::MemoryManagementPolicy;
+using DdsReturnCode = eprosima::fastdds::dds::ReturnCode_t; ///< what DDS's own operations return
+using DdsSample = const void*;                              ///< what its write operations take
+using PayloadPool = eprosima::fastdds::rtps::IPayloadPool;
 
 /// Lets a writer offer just this representation.
 inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation)
@@ -154,6 +160,9 @@ using DataRepresentationId = eprosima::fastdds::dds::DataRepresentationId_t;
 using MD5 = ::MD5;
 using HistoryMemory = eprosima::fastrtps::rtps::MemoryManagementPolicy;
 using TopicDataType = eprosima::fastdds::dds::TopicDataType;
+using DdsReturnCode = eprosima::fastrtps::types::ReturnCode_t; ///< what DDS's own operations return
+using DdsSample = void*;                                       ///< what its write operations take
+using PayloadPool = eprosima::fastrtps::rtps::IPayloadPool;
 
 /// Lets a writer offer just this representation.
 ///

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FaultInjection.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+namespace plex::test
+{
+
+namespace
+{
+
+struct Disturbances {
+    std::mutex mutex; ///< guards what follows
+    std::vector<Disturbance*> all;
+};
+
+Disturbances& disturbances()
+{
+    static Disturbances instance;
+    return instance;
+}
+
+} // namespace
+
+Disturbance::Disturbance(std::string operation) : operation_(std::move(operation))
+{
+    const std::lock_guard lock(disturbances().mutex);
+    disturbances().all.push_back(this);
+}
+
+Disturbance::~Disturbance()
+{
+    const std::lock_guard lock(disturbances().mutex);
+    std::erase(disturbances().all, this);
+    EXPECT_GT(calls_, 0) << operation_ << " was never called";
+}
+
+Disturbance* disturbanceOf(const std::string& operation)
+{
+    const std::lock_guard lock(disturbances().mutex);
+    auto& all = disturbances().all;
+    const auto found = std::find_if(all.rbegin(), all.rend(), [&](const Disturbance* disturbance) {
+        return disturbance->operation() == operation;
+    });
+    if (found == all.rend()) {
+        return nullptr;
+    }
+    (*found)->count();
+    return *found;
+}
+
+} // namespace plex::test
