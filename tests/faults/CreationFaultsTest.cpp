@@ -26,7 +26,8 @@ struct Creation {
 constexpr const char* base = "plexDdsBasePubSub";
 
 constexpr Creation creations[] = {
-    {Entity::Publisher, false, "DomainParticipant::create_topic", base, "Failed to create topic with Uri: <uri>"},
+    {Entity::Publisher, false, "DomainParticipant::create_topic", base,
+     "Failed to create topic with Uri: <uri>"},
     {Entity::Publisher, true, "DomainParticipant::create_topic_with_profile", base,
      "Failed to create topic with profile:reliable.topic Uri: <uri>"},
     {Entity::Publisher, false, "DomainParticipant::create_publisher", base,
@@ -45,7 +46,8 @@ constexpr Creation creations[] = {
      "Failed to create subscriber"},
     {Entity::Subscriber, true, "DomainParticipant::create_subscriber_with_profile", "plexDdsSubscriber",
      "Failed to create subscriber with profile:reliable.subscriber"},
-    {Entity::Subscriber, false, "Subscriber::create_datareader", "plexDdsSubscriber", "Failed to create reader"},
+    {Entity::Subscriber, false, "Subscriber::create_datareader", "plexDdsSubscriber",
+     "Failed to create reader"},
     {Entity::Subscriber, true, "Subscriber::create_datareader_with_profile", "plexDdsSubscriber",
      "Failed to create reader with profile:reliable.reader"},
     {Entity::Subscriber, false, "DataReader::set_listener", "plexDdsSubscriber",
@@ -69,8 +71,8 @@ std::string creationName(const testing::TestParamInfo<Creation>& info)
 {
     static constexpr const char* entities[] = {"Publisher", "Subscriber", "MrvSubscriber"};
     const std::string step = info.param.step;
-    return entities[static_cast<int>(info.param.entity)] + (info.param.withProfiles ? std::string("ByProfiles_") : "_") +
-           step.substr(step.rfind(':') + 1);
+    return entities[static_cast<int>(info.param.entity)] +
+           (info.param.withProfiles ? std::string("ByProfiles_") : "_") + step.substr(step.rfind(':') + 1);
 }
 
 } // namespace
@@ -97,10 +99,10 @@ protected:
 class EachCreationFaultsTest : public CreationFaultsTest, public testing::WithParamInterface<Creation>
 {
 protected:
-    const Properties properties = GetParam().withProfiles
-                                      ? Properties{{"dds.qos.profile.file", PROFILE_FILE},
-                                                   {"dds.qos.profile.library", "reliable"}}
-                                      : Properties{};
+    const Properties properties =
+        GetParam().withProfiles
+            ? Properties{{"dds.qos.profile.file", PROFILE_FILE}, {"dds.qos.profile.library", "reliable"}}
+            : Properties{};
 };
 
 TEST_P(EachCreationFaultsTest, RefusedStepIsNamedAndNothingIsLeftBehind)
@@ -108,7 +110,8 @@ TEST_P(EachCreationFaultsTest, RefusedStepIsNamedAndNothingIsLeftBehind)
     auto holder = plex->getDomainParticipant(uri, properties);
     {
         const Fault fault(GetParam().step);
-        expectFailure(GetParam().logger, boost::replace_all_copy(std::string(GetParam().text), "<uri>", uriText()),
+        expectFailure(GetParam().logger,
+                      boost::replace_all_copy(std::string(GetParam().text), "<uri>", uriText()),
                       [&] { make(GetParam().entity, properties); });
     }
     EXPECT_NO_THROW(make(GetParam().entity, properties));
@@ -123,10 +126,11 @@ TEST_F(CreationFaultsTest, RefusedTypeIsNamedWithTheCodeAndNothingIsLeftBehind)
     for (const Entity entity : {Entity::Publisher, Entity::Subscriber, Entity::MrvSubscriber}) {
         for (const ReturnCode code : refusals) {
             const Fault fault("DomainParticipant::register_type", code);
-            expectFailure(base,
-                          "Failed to register a DDS type. Uri: " + uriText() +
-                              "type namegenerated::dds_::vexstubif::AltAz code:" + std::to_string(code),
-                          [&] { make(entity); }, "errMsg:");
+            expectFailure(
+                base,
+                "Failed to register a DDS type. Uri: " + uriText() +
+                    "type namegenerated::dds_::vexstubif::AltAz code:" + std::to_string(code),
+                [&] { make(entity); }, "errMsg:");
         }
     }
     EXPECT_TRUE(holder->find_type("generated::dds_::vexstubif::AltAz").empty());
@@ -137,7 +141,8 @@ TEST_F(CreationFaultsTest, RefusedParticipantIsNamedWithItsDomain)
 {
     for (const Entity entity : {Entity::Publisher, Entity::Subscriber, Entity::MrvSubscriber}) {
         const Fault fault("DomainParticipantFactory::create_participant");
-        expectFailure("plexDdsPlex", "Failed to create participant for domain " + std::to_string(testDomain()),
+        expectFailure("plexDdsPlex",
+                      "Failed to create participant for domain " + std::to_string(testDomain()),
                       [&] { make(entity); });
     }
 }

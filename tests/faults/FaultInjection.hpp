@@ -25,8 +25,8 @@ using ovra::plex::ps::internal::ReturnCode;
 
 namespace internal = ovra::plex::ps::internal;
 
-/// Something that is to happen around the calls of an operation while it lives. A test fails whose disturbance
-/// never took place.
+/// Something that is to happen around the calls of an operation while it lives. A test fails whose
+/// disturbance never took place, but for a mere count.
 class Disturbance
 {
 public:
@@ -52,12 +52,15 @@ public:
     void count() { ++calls_; }
 
 protected:
-    explicit Disturbance(std::string operation);
+    enum class Calls { Expected, Optional };
+
+    explicit Disturbance(std::string operation, Calls expectation = Calls::Expected);
 
     int calls() const { return calls_; }
 
 private:
     const std::string operation_; ///< its class and name
+    const Calls expectation_;
     std::atomic<int> calls_ = 0;
 };
 
@@ -93,6 +96,26 @@ public:
 private:
     const ReturnCode code_;
     const Details details_;
+};
+
+/// Nothing happens, but the calls of an operation are added up.
+class CallCount final : public Disturbance
+{
+public:
+    CallCount(std::string operation, int& total)
+        : Disturbance(std::move(operation), Calls::Optional)
+        , total_(total)
+    {
+    }
+
+    bool fails() override
+    {
+        ++total_;
+        return false;
+    }
+
+private:
+    int& total_;
 };
 
 /// Something else happens just before an operation, for the first time that it is called.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The operations of DDS that the libraries call, defined by the test program; see FaultInjection.hpp. Each goes
-// on to the real one unless a disturbance says otherwise. Signatures only: what they do is in call().
+// The operations of DDS that the libraries call, defined by the test program; see FaultInjection.hpp. Each
+// goes on to the real one unless a disturbance says otherwise. Signatures only: what they do is in call().
 #include "FaultInjection.hpp"
 
 #include <fastdds/dds/core/condition/WaitSet.hpp>
@@ -58,7 +58,7 @@ Function realOf(Function own)
 
 /// One of several member functions of a name.
 template <class Signature, class Class>
-auto overload(Signature Class::*member)
+auto overload(Signature Class::* member)
 {
     return member;
 }
@@ -119,15 +119,16 @@ DomainParticipant* DomainParticipantFactory::create_participant(DomainId_t domai
                 listener, mask);
 }
 
-DomainParticipant* DomainParticipantFactory::create_participant_with_profile(
-    DomainId_t domain, const std::string& profile, DomainParticipantListener* listener,
-    const StatusMask& mask)
+DomainParticipant*
+DomainParticipantFactory::create_participant_with_profile(DomainId_t domain, const std::string& profile,
+                                                          DomainParticipantListener* listener,
+                                                          const StatusMask& mask)
 {
-    using Signature = DomainParticipant*(DomainId_t, const std::string&, DomainParticipantListener*,
-                                         const StatusMask&);
+    using Signature =
+        DomainParticipant*(DomainId_t, const std::string&, DomainParticipantListener*, const StatusMask&);
     return call("DomainParticipantFactory::create_participant_with_profile",
-                overload<Signature>(&DomainParticipantFactory::create_participant_with_profile), this,
-                domain, profile, listener, mask);
+                overload<Signature>(&DomainParticipantFactory::create_participant_with_profile), this, domain,
+                profile, listener, mask);
 }
 
 DdsReturnCode DomainParticipantFactory::delete_participant(DomainParticipant* participant)
