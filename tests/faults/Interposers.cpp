@@ -102,7 +102,17 @@ auto call(const char* operation, Function own, Object* object, Arguments&&... ar
     return fails ? failed<Result>(disturbance->code()) : result;
 }
 
+/// Found as the program starts, since looking for a symbol makes the loader forget its last error.
+const auto realDlerror = reinterpret_cast<char* (*)()>(dlsym(RTLD_NEXT, "dlerror"));
+
 } // namespace
+
+/// The loader's words for its last error; no operation of DDS, but one that the libraries depend on likewise.
+extern "C" char* dlerror() noexcept
+{
+    Disturbance* const disturbance = disturbanceOf("dlerror");
+    return disturbance != nullptr && disturbance->fails() ? nullptr : realDlerror();
+}
 
 namespace eprosima::fastdds::dds
 {

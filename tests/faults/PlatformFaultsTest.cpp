@@ -85,4 +85,13 @@ TEST_F(PlatformFaultsTest, ProfilesThatDdsRefusesAreNamedByTheirFileAndLoadedLat
     EXPECT_NE(plex->getDomainParticipant(uri, late), nullptr);
 }
 
+TEST_F(PlatformFaultsTest, LoaderThatDoesNotSayWhyItFailedIsQuotedAsSuch)
+{
+    const Fault fault("dlerror");
+    EXPECT_EQ(thrownText<PlexException>(
+                  [] { ovra::plex::Plex::create()->createDataEntity<AltAz>("smoke+signal"); }),
+              "No transport for Uri scheme \"smoke+signal\": Cannot load library libplex-smoke.so for symbol "
+              "plex_create_transport_smoke: unknown error of the dynamic loader");
+}
+
 } // namespace plex::test
