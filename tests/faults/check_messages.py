@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Keeps messages.json true: what the system says, word for word, and the test that makes it say so.
 
-Every string literal of the sources is either a message, with its kind and its test, or something else, with the
-reason why it is none. A text is looked up by its file, so one that stands in two files has two entries.
+Every string literal of the sources is either a message (or a piece of one), with what it comes with and the tests
+that provoke it, or something else, with the reason why it is none. A text that stands in two files has two entries.
 """
 
 import argparse
@@ -14,8 +14,9 @@ import sys
 
 SOURCE_FOLDERS = ("include/plex", "generated", "platform")
 SOURCE_SUFFIXES = (".hpp", ".inl", ".cpp", ".h")
-EXCEPTIONS = (None, "PlexException", "IllegalStateException", "std::runtime_error", "std::system_error",
-              "eprosima::fastcdr::exception::Exception")
+OUTCOMES = (None, "process ends", "PlexException", "IllegalStateException", "std::runtime_error", "std::system_error",
+            "eprosima::fastcdr::exception::BadParamException",
+            "eprosima::fastcdr::exception::NotEnoughMemoryException")
 LEVELS = (None, "TRACE", "DEBUG", "WARN", "ERROR")
 
 TOKEN = re.compile(r"""
@@ -54,6 +55,7 @@ def literals(source):
     source = source.replace("\\\n", "")
     found = []
     joinable = False
+    in_directive = False
     for token in TOKEN.finditer(source):
         kind = token.lastgroup
         if token["string"] is not None or token["raw"] is not None:
@@ -63,8 +65,12 @@ def literals(source):
             else:
                 found.append((source.count("\n", 0, token.start()) + 1, text))
             joinable = True
-        elif kind not in ("comment", "space"):
+        elif kind == "space":
+            if in_directive and "\n" in token[0]:
+                joinable = in_directive = False
+        elif kind != "comment":
             joinable = False
+            in_directive = in_directive or token[0] == "#"
     return found
 
 
@@ -128,8 +134,8 @@ def check_messages(messages, tests):
     complaints = []
     for entry in messages:
         where = f'{entry["source"]}: "{entry["text"]}"'
-        if entry["thrown"] not in EXCEPTIONS or entry["logged"] not in LEVELS:
-            complaints.append(f'{where} has an unknown kind: {entry["thrown"]}, {entry["logged"]}')
+        if entry["outcome"] not in OUTCOMES or entry["logged"] not in LEVELS:
+            complaints.append(f'{where} has an unknown kind: {entry["outcome"]}, {entry["logged"]}')
         for test in entry["tests"]:
             if test not in tests.files:
                 complaints.append(f"{where} names a test that does not exist: {test}")
