@@ -18,6 +18,14 @@ protected:
     std::unique_ptr<ovra::plex::ps::Subscriber<AltAz>> subscriber_ = subscriber();
 };
 
+TEST_F(LoanTest, EmptyReaderLoansNothingWithoutARecord)
+{
+    const auto subscriber = this->subscriber();
+    const LogCapture log;
+    EXPECT_EQ(subscriber->loanedRead(), nullptr);
+    EXPECT_TRUE(log.records().empty());
+}
+
 TEST_F(LoanTest, EachLoanIsOneSample)
 {
     const auto first = loan();

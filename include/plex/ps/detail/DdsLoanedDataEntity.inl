@@ -38,7 +38,9 @@ public:
         if (closed_) {
             return;
         }
-        owner_->returnLoan(*reader_, samples_);
+        if (samples_.areOnLoan()) { // some generations of Fast DDS refuse to take back nothing
+            owner_->returnLoan(*reader_, samples_);
+        }
         closed_ = true;
         reader_.reset();
     }

@@ -24,6 +24,9 @@ struct LoanedSamples {
     dds::SampleInfoSeq infos;
 
     std::int32_t size() const { return infos.length(); }
+
+    /// Whether there is anything to give back.
+    bool areOnLoan() const { return !data.has_ownership(); }
 };
 
 /// A number of samples as the reader's operations want it.
