@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <mutex>
 #include <vector>
 
@@ -24,6 +25,10 @@ Disturbances& disturbances()
     return instance;
 }
 
+// Where locking fails.
+std::atomic<std::uintptr_t> unlockableBegin = 0;
+std::atomic<std::uintptr_t> unlockableEnd = 0;
+
 } // namespace
 
 Disturbance::Disturbance(std::string operation, Calls expectation)
@@ -39,6 +44,23 @@ Disturbance::~Disturbance()
     const std::lock_guard lock(disturbances().mutex);
     std::erase(disturbances().all, this);
     EXPECT_TRUE(calls_ > 0 || expectation_ == Calls::Optional) << operation_ << " was never called";
+}
+
+Unlockable::Unlockable(const void* object, std::size_t size)
+{
+    unlockableBegin = reinterpret_cast<std::uintptr_t>(object);
+    unlockableEnd = unlockableBegin + size;
+}
+
+Unlockable::~Unlockable()
+{
+    unlockableEnd = 0;
+}
+
+bool Unlockable::contains(const void* mutex)
+{
+    const auto address = reinterpret_cast<std::uintptr_t>(mutex);
+    return address >= unlockableBegin && address < unlockableEnd;
 }
 
 Disturbance* disturbanceOf(const std::string& operation)

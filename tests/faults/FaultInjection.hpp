@@ -7,6 +7,7 @@
 #include <fastdds/dds/subscriber/SampleInfo.hpp>
 
 #include <atomic>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <utility>
@@ -161,6 +162,26 @@ public:
 
 private:
     const Change change_;
+};
+
+/// No mutex inside an object can be locked while it lives. One at a time.
+class Unlockable
+{
+public:
+    template <class Object>
+    explicit Unlockable(const Object& object) : Unlockable(&object, sizeof(Object))
+    {
+    }
+
+    Unlockable(const Unlockable&) = delete;
+    Unlockable& operator=(const Unlockable&) = delete;
+    ~Unlockable();
+
+    /// Whether a mutex is inside the object.
+    static bool contains(const void* mutex);
+
+private:
+    Unlockable(const void* object, std::size_t size);
 };
 
 /// The disturbance of an operation's call that is about to be made, or null. The latest counts.

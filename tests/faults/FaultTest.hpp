@@ -101,16 +101,27 @@ protected:
     void expectDeath(const std::string& logger, const std::string& text, Operation operation)
     {
         GTEST_FLAG_SET(death_test_style, "threadsafe");
-        EXPECT_EXIT(
-            {
-                logToStandardError();
-                std::set_terminate(leaveNothingBehind);
-                operation();
-            },
-            testing::KilledBySignal(SIGABRT), lastRecord("ERROR " + logger + ": " + text));
+        EXPECT_EXIT(runToDeath(operation), testing::KilledBySignal(SIGABRT),
+                    lastRecord("ERROR " + logger + ": " + text));
+    }
+
+    /// The same without a record.
+    template <class Operation>
+    static void expectDeath(Operation operation)
+    {
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
+        EXPECT_EXIT(runToDeath(operation), testing::KilledBySignal(SIGABRT), "");
     }
 
 private:
+    template <class Operation>
+    static void runToDeath(Operation operation)
+    {
+        logToStandardError();
+        std::set_terminate(leaveNothingBehind);
+        operation();
+    }
+
     static void logToStandardError()
     {
         log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));

@@ -12,13 +12,16 @@
 #include <fastdds/dds/subscriber/Subscriber.hpp>
 #include <fastdds/dds/topic/TypeSupport.hpp>
 
+#include <atomic>
 #include <bit>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <functional>
 #include <memory>
+#include <pthread.h>
 #include <type_traits>
 #include <utility>
 
@@ -112,6 +115,19 @@ extern "C" char* dlerror() noexcept
 {
     Disturbance* const disturbance = disturbanceOf("dlerror");
     return disturbance != nullptr && disturbance->fails() ? nullptr : realDlerror();
+}
+
+/// What std::mutex locks with. Looked for on first use, which comes before the program's own start.
+extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
+{
+    using Lock = int (*)(pthread_mutex_t*);
+    static constinit std::atomic<Lock> known = nullptr;
+    Lock real = known;
+    if (real == nullptr) {
+        real = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+        known = real;
+    }
+    return plex::test::Unlockable::contains(mutex) ? EINVAL : real(mutex);
 }
 
 namespace eprosima::fastdds::dds
