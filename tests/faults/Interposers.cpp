@@ -2,6 +2,7 @@
 // The operations of DDS that the libraries call, defined by the test program; see FaultInjection.hpp. Each
 // goes on to the real one unless a disturbance says otherwise. Signatures only: what they do is in call().
 #include "FaultInjection.hpp"
+#include "MadeEntities.hpp"
 
 #include <fastdds/dds/core/condition/WaitSet.hpp>
 #include <fastdds/dds/domain/DomainParticipant.hpp>
@@ -101,6 +102,9 @@ auto call(const char* operation, Function own, Object* object, Arguments&&... ar
     const Result result = std::invoke(realOf(own), object, std::forward<Arguments>(arguments)...);
     if (disturbance != nullptr) {
         (change(*disturbance, arguments), ...);
+    }
+    if constexpr (std::is_pointer_v<Result>) {
+        plex::test::rememberMade(operation, result);
     }
     return fails ? failed<Result>(disturbance->code()) : result;
 }
