@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "EntityTest.hpp"
 
+#include <generated/vexstubif/AltAzAdapter.hpp>
+#include <plex/ps/DdsSubscriber.hpp>
+
 #include <atomic>
 #include <thread>
 
@@ -12,6 +15,34 @@ using testing::ElementsAre;
 
 class SubscriberTest : public EntityTest
 {
+protected:
+    using Position = ovra::plex::ps::Subscriber<AltAz>;
+
+    /// Every operation must be refused with the same words.
+    void expectRefusals(Position& subscriber, const std::string& text)
+    {
+        using ovra::plex::ps::DataEvent;
+        const ovra::plex::ps::DataEventFilter<AltAz> all;
+        std::vector<std::shared_ptr<DataEvent<AltAz>>> events;
+        const auto value = position(1);
+        const auto out = position(1);
+        const std::function<void()> operations[] = {
+            [&] { subscriber.createDataEntity(); },
+            [&] { subscriber.read(0); },
+            [&] { subscriber.readInstance(*value); },
+            [&] { subscriber.readInstance(*value, *out); },
+            [&] { subscriber.loanedRead(); },
+            [&] { subscriber.loanedReadInstance(*value); },
+            [&] { subscriber.readDataEvents(all, events, 0, 0ms); },
+            [&] { subscriber.subscribe(all, [](auto&, const auto&) {}); },
+            [&] { subscriber.poll(0, 0ms); },
+            [&] { subscriber.subscribeAsync(all, [](Position&, const DataEvent<AltAz>&) {}); },
+            [&] { subscriber.subscribeAsync(all, [](Position&) {}); },
+        };
+        for (const auto& operation : operations) {
+            EXPECT_EQ(thrownText<IllegalStateException>(operation), text);
+        }
+    }
 };
 
 TEST_F(SubscriberTest, EmptyReaderGivesNothingAndThrowsNothing)
@@ -115,31 +146,16 @@ TEST_F(SubscriberTest, InstanceOfATypeWithoutAKeyCannotBeLookedUp)
 
 TEST_F(SubscriberTest, ClosedSubscriberRefusesEveryOperation)
 {
-    using ovra::plex::ps::DataEvent;
-    using ovra::plex::ps::DataEventFilter;
-    using ovra::plex::ps::Subscriber;
     const auto subscriber = this->subscriber();
     subscriber->close();
-    const DataEventFilter<AltAz> all;
-    std::vector<std::shared_ptr<DataEvent<AltAz>>> events;
-    const auto value = position(1);
-    const auto out = position(1);
-    const std::function<void()> operations[] = {
-        [&] { subscriber->createDataEntity(); },
-        [&] { subscriber->read(0); },
-        [&] { subscriber->readInstance(*value); },
-        [&] { subscriber->readInstance(*value, *out); },
-        [&] { subscriber->loanedRead(); },
-        [&] { subscriber->loanedReadInstance(*value); },
-        [&] { subscriber->readDataEvents(all, events, 0, 0ms); },
-        [&] { subscriber->subscribe(all, [](auto&, const auto&) {}); },
-        [&] { subscriber->poll(0, 0ms); },
-        [&] { subscriber->subscribeAsync(all, [](Subscriber<AltAz>&, const DataEvent<AltAz>&) {}); },
-        [&] { subscriber->subscribeAsync(all, [](Subscriber<AltAz>&) {}); },
-    };
-    for (const auto& operation : operations) {
-        EXPECT_EQ(thrownText<IllegalStateException>(operation), "Entity closed Uri: " + uri.string());
-    }
+    expectRefusals(*subscriber, "Entity closed Uri: " + uri.string());
+}
+
+TEST_F(SubscriberTest, SubscriberThatIsNotSetUpRefusesEveryOperation)
+{
+    using Adapter = generated::ddsimpl::vexstubif::AltAz;
+    ovra::plex::ps::DdsSubscriber<AltAz, Adapter> bare(uri, {}, {}, participant());
+    expectRefusals(bare, "Entity is not INITIALIZED. Uri: " + uri.string());
 }
 
 TEST_F(SubscriberTest, SecondCloseOnlyLogsADebugRecord)

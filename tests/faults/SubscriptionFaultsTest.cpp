@@ -15,6 +15,10 @@ protected:
     int calls = 0;
 };
 
+class InstanceSubscriptionFaultsTest : public FaultTest
+{
+};
+
 TEST_F(SubscriptionFaultsTest, NotifierIsNotCalledWhereNothingCanBeReadWhichIsLogged)
 {
     const auto handle = subscribe(*subscriber, Kind::Notifier, {}, [&] { ++calls; });
@@ -31,6 +35,18 @@ TEST_F(SubscriptionFaultsTest, NotifierIsNotCalledWhereNothingCanBeReadWhichIsLo
     publishPositions(*publisher, 1);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(subscriber->read(0).size(), std::size(refusals) + 1);
+}
+
+TEST_F(InstanceSubscriptionFaultsTest, NotifierIsNotCalledWhereTheReadFailsHalfWayAlthoughASampleMatched)
+{
+    int calls = 0;
+    const auto writer = sensorPublisher();
+    const auto reader = sensorSubscriber();
+    publish(*writer, "a");
+    const auto handle = reader->subscribeAsync(any(), [&](SensorReader&) { ++calls; });
+    const Fault fault("DataReader::read_next_instance", RETCODE_ERROR, {.fromCall = 2});
+    publish(*writer, "b");
+    EXPECT_EQ(calls, 0);
 }
 
 TEST_F(SubscriptionFaultsTest, NotifierIsNotCalledWhereThereIsNoData)
