@@ -3,6 +3,9 @@
 #include "FaultTest.hpp"
 
 #include <generated/vexstubif/AltAzAdapter.hpp>
+#include <plex/ps/DdsPublisher.hpp>
+#include <plex/ps/DdsSubscriber.hpp>
+#include <plex/ps/InstanceDdsPublisher.hpp>
 #include <plex/ps/internal/TopicUses.hpp>
 
 #include <system_error>
