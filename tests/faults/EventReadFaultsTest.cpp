@@ -140,4 +140,19 @@ TEST_P(WaitFaultsTest, ConditionThatCannotBeDeletedEndsTheProcess)
 
 INSTANTIATE_TEST_SUITE_P(Strategies, WaitFaultsTest, testing::ValuesIn(waiting), strategyName);
 
+/// Without a fault: the waits are counted.
+class EventReadWaitTest : public FaultTest
+{
+};
+
+TEST_F(EventReadWaitTest, TimeoutBelow100MillisecondsIsOneWaitOfTheShortestKind)
+{
+    const auto subscriber = FaultTest::subscriber();
+    Events events;
+    int waits = 0;
+    const CallCount count("WaitSet::wait", waits);
+    EXPECT_EQ(subscriber->readDataEvents(Filter(), events, 0, 99ms), 0U);
+    EXPECT_EQ(waits, 1);
+}
+
 } // namespace plex::test

@@ -136,7 +136,7 @@ int main(int argc, char** argv)
         auto properties = settings.properties();
         properties["dds.wait_for_ack.timeout_ms"] = acknowledgmentTimeout;
         const auto plex = Plex::create(properties);
-        const auto uri = settings.uri("network");
+        const auto uri = settings.uri("network/" + settings.library);
         publishing->parsed() ? runPublisher(*plex, uri) : runSubscriber(*plex, uri);
     } catch (const std::exception& error) {
         std::cerr << "peer: " << error.what() << '\n';
