@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "BareEntities.hpp"
+#include "BareParticipant.hpp"
+#include "Stack.hpp"
+
+namespace plex::bench
+{
+
+namespace
+{
+
+class BareSender final : public Sender
+{
+public:
+    BareSender(ParticipantPointer participant, const std::string& topic, const std::string& library)
+        : writer_(std::move(participant), topic, library)
+    {
+    }
+
+    bool send(const Horizontal& value) override
+    {
+        value_.alt(value.alt);
+        value_.az(value.az);
+        return writer_.write(value_);
+    }
+
+private:
+    BareWriter writer_;
+    WireAltAz value_;
+};
+
+class BareReceiver final : public Receiver
+{
+public:
+    BareReceiver(ParticipantPointer participant, const std::string& topic, const std::string& library,
+                 Handler handler)
+        : listener_(Unpack{std::move(handler)})
+        , reader_(std::move(participant), topic, library, &listener_)
+    {
+    }
+
+private:
+    struct Unpack {
+        Handler handler;
+
+        void operator()(const WireAltAz& value) const { handler({value.alt(), value.az()}); }
+    };
+
+    BareListener<Unpack> listener_;
+    BareReader reader_;
+};
+
+class BareStack final : public Stack
+{
+public:
+    explicit BareStack(const StackSettings& settings)
+        : library_(settings.library)
+        , participant_(makeBareParticipant(settings.domain, settings.library))
+    {
+    }
+
+    std::unique_ptr<Sender> sender(const std::string& topic) override
+    {
+        return std::make_unique<BareSender>(participant_, topic, library_);
+    }
+
+    std::unique_ptr<Receiver> receiver(const std::string& topic, Receiver::Handler handler) override
+    {
+        return std::make_unique<BareReceiver>(participant_, topic, library_, std::move(handler));
+    }
+
+private:
+    const std::string library_;
+    const ParticipantPointer participant_;
+};
+
+} // namespace
+
+std::unique_ptr<Stack> makeBareStack(const StackSettings& settings)
+{
+    return std::make_unique<BareStack>(settings);
+}
+
+} // namespace plex::bench

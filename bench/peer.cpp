@@ -1,0 +1,325 @@
+// SPDX-License-Identifier: Apache-2.0
+// One of two processes that exchange positions over several stacks in turn. It is told what to do on standard
+// input, a command a line, and answers each with a line of JSON:
+//
+//   roundtrips STACK COUNT     (ping)    nanoseconds of each; fewer than asked for when one is lost
+//   send STACK SECONDS RATE    (source)  values a second, 0: as fast as it goes; what was sent, in which time
+//   received STACK             (sink)    what has arrived since the last time, once nothing more does
+//
+// A pong process sends back whatever comes.
+#include "BareParticipant.hpp"
+#include "Paired.hpp"
+#include "Stack.hpp"
+
+#include <CLI/CLI.hpp>
+#include <log4cplus/configurator.h>
+#include <log4cplus/logger.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <iostream>
+#include <map>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <thread>
+
+namespace plex::bench
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+/// One stack's part of a process.
+class Role
+{
+public:
+    Role() = default;
+    Role(const Role&) = delete;
+    Role& operator=(const Role&) = delete;
+    virtual ~Role() = default;
+
+    /// Carries out a command, whose arguments are what is left of its line.
+    virtual nlohmann::json command(std::istream& arguments) = 0;
+};
+
+/// Sends a value, and the next one when it has come back: all in the callback, as the other side does.
+class Ping final : public Role
+{
+public:
+    explicit Ping(Stack& stack)
+        : sender_(stack.sender("ping"))
+        , receiver_(stack.receiver("pong", [this](const Horizontal& value) { returned(value); }))
+    {
+    }
+
+    nlohmann::json command(std::istream& arguments) override
+    {
+        std::size_t count = 0;
+        arguments >> count;
+        std::unique_lock lock(mutex_);
+        times_.clear();
+        times_.reserve(count);
+        wanted_ = count;
+        next();
+        while (times_.size() < wanted_) {
+            const std::size_t before = times_.size();
+            const bool going = progress_.wait_for(lock, 500ms, [&] { return times_.size() == wanted_; });
+            if (!going && times_.size() == before) {
+                break; // lost
+            }
+        }
+        wanted_ = 0;
+        return times_;
+    }
+
+private:
+    void next()
+    {
+        ++number_;
+        sent_ = Clock::now();
+        sender_->send({number_, 0.0});
+    }
+
+    void returned(const Horizontal& value)
+    {
+        const auto now = Clock::now();
+        const std::lock_guard lock(mutex_);
+        if (value.alt != number_ || times_.size() >= wanted_) {
+            return; // one that was given up
+        }
+        times_.push_back(nanoseconds(sent_, now));
+        if (times_.size() < wanted_) {
+            next();
+        } else {
+            progress_.notify_one();
+        }
+    }
+
+    std::mutex mutex_; ///< guards what follows
+    std::condition_variable progress_;
+    std::vector<double> times_;
+    std::size_t wanted_ = 0;
+    double number_ = 0.0;
+    Clock::time_point sent_;
+    const std::unique_ptr<Sender> sender_;
+    const std::unique_ptr<Receiver> receiver_;
+};
+
+class Pong final : public Role
+{
+public:
+    explicit Pong(Stack& stack)
+        : sender_(stack.sender("pong"))
+        , receiver_(stack.receiver("ping", [this](const Horizontal& value) { sender_->send(value); }))
+    {
+    }
+
+    nlohmann::json command(std::istream& /*arguments*/) override { return nullptr; }
+
+private:
+    const std::unique_ptr<Sender> sender_;
+    const std::unique_ptr<Receiver> receiver_;
+};
+
+class Source final : public Role
+{
+public:
+    explicit Source(Stack& stack) : sender_(stack.sender("stream")) {}
+
+    nlohmann::json command(std::istream& arguments) override
+    {
+        double seconds = 0.0;
+        double rate = 0.0;
+        arguments >> seconds >> rate;
+        const auto start = Clock::now();
+        const auto end =
+            start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+        sent_ = 0;
+        refused_ = 0;
+        if (rate > 0.0) {
+            paced(start, end, rate);
+        } else {
+            while (Clock::now() < end) {
+                send();
+            }
+        }
+        return {{"sent", sent_}, {"refused", refused_}, {"seconds", nanoseconds(start, Clock::now()) / 1e9}};
+    }
+
+private:
+    void send() { ++(sender_->send({static_cast<double>(sent_), 0.0}) ? sent_ : refused_); }
+
+    /// Sends what is due, then sleeps; behind time it does not sleep.
+    void paced(Clock::time_point start, Clock::time_point end, double rate)
+    {
+        for (auto now = start; now < end; now = Clock::now()) {
+            const double due = nanoseconds(start, now) * rate / 1e9;
+            while (static_cast<double>(sent_ + refused_) < due) {
+                send();
+            }
+            std::this_thread::sleep_until(
+                start + std::chrono::nanoseconds(static_cast<std::int64_t>((due + 1.0) * 1e9 / rate)));
+        }
+    }
+
+    std::uint64_t sent_ = 0;
+    std::uint64_t refused_ = 0;
+    const std::unique_ptr<Sender> sender_;
+};
+
+class Sink final : public Role
+{
+public:
+    explicit Sink(Stack& stack)
+        : receiver_(stack.receiver("stream", [this](const Horizontal&) { arrived(); }))
+    {
+    }
+
+    /// Waits until nothing has come for a while.
+    nlohmann::json command(std::istream& /*arguments*/) override
+    {
+        std::uint64_t before = 0;
+        do {
+            before = received_;
+            std::this_thread::sleep_for(100ms);
+        } while (received_ != before);
+        const std::uint64_t received = received_.exchange(0);
+        return {{"received", received}, {"seconds", received == 0 ? 0.0 : nanoseconds(first_, last_) / 1e9}};
+    }
+
+private:
+    void arrived()
+    {
+        last_ = Clock::now();
+        if (received_ == 0) {
+            first_ = last_;
+        }
+        ++received_;
+    }
+
+    Clock::time_point first_;
+    Clock::time_point last_;
+    std::atomic<std::uint64_t> received_ = 0; ///< published after the times
+    const std::unique_ptr<Receiver> receiver_;
+};
+
+std::vector<StackKind> stackKinds()
+{
+    return {{"binding", makeBindingStack},
+            {"bare", makeBareStack},
+            {"bare2", makeBareStack}, // to compare bare with bare
+#ifdef PLEX_BENCH_CYCLONE
+            {"cyclone", makeCycloneStack},
+#endif
+#ifdef PLEX_BENCH_ZEROMQ
+            {"zeromq", makeZeroMqStack}
+#endif
+    };
+}
+
+using Stacks = std::map<std::string, std::unique_ptr<Stack>>;
+using Roles = std::map<std::string, std::unique_ptr<Role>>;
+
+std::unique_ptr<Role> makeRole(const std::string& name, Stack& stack)
+{
+    if (name == "ping") {
+        return std::make_unique<Ping>(stack);
+    }
+    if (name == "pong") {
+        return std::make_unique<Pong>(stack);
+    }
+    if (name == "source") {
+        return std::make_unique<Source>(stack);
+    }
+    return std::make_unique<Sink>(stack);
+}
+
+/// Topics of each stack have its name in front.
+class NamedStack final : public Stack
+{
+public:
+    NamedStack(std::string name, std::unique_ptr<Stack> stack)
+        : name_(std::move(name))
+        , stack_(std::move(stack))
+    {
+    }
+
+    std::unique_ptr<Sender> sender(const std::string& topic) override
+    {
+        return stack_->sender(name_ + "/" + topic);
+    }
+
+    std::unique_ptr<Receiver> receiver(const std::string& topic, Receiver::Handler handler) override
+    {
+        return stack_->receiver(name_ + "/" + topic, std::move(handler));
+    }
+
+private:
+    const std::string name_;
+    const std::unique_ptr<Stack> stack_;
+};
+
+void listStacks()
+{
+    for (const auto& kind : stackKinds()) {
+        std::cout << kind.name << '\n';
+    }
+    throw CLI::Success();
+}
+
+void serve(const std::string& roleName, const std::vector<std::string>& names, const StackSettings& settings)
+{
+    if (!settings.library.empty()) {
+        dds::DomainParticipantFactory::get_instance()->load_XML_profiles_file(settings.profiles);
+    }
+    Stacks stacks;
+    Roles roles;
+    for (const auto& kind : stackKinds()) {
+        if (std::ranges::find(names, kind.name) != names.end()) {
+            auto& stack = stacks[kind.name] = std::make_unique<NamedStack>(kind.name, kind.make(settings));
+            roles[kind.name] = makeRole(roleName, *stack);
+        }
+    }
+    std::cout << nlohmann::json("ready") << std::endl;
+    for (std::string line; std::getline(std::cin, line);) {
+        std::istringstream words(line);
+        std::string verb;
+        std::string stack;
+        words >> verb >> stack;
+        std::cout << roles.at(stack)->command(words) << std::endl;
+    }
+}
+
+} // namespace
+
+} // namespace plex::bench
+
+// NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
+int main(int argc, char** argv)
+{
+    CLI::App app{"One of two processes that exchange positions; told what to do on standard input"};
+    plex::bench::StackSettings settings;
+    std::string role;
+    std::vector<std::string> stacks;
+    app.add_option("--role", role)->required()->check(CLI::IsMember({"ping", "pong", "source", "sink"}));
+    app.add_option("--stack", stacks, "binding, bare, cyclone or zeromq")->required();
+    app.add_option("--domain", settings.domain, "DDS domain")->required();
+    app.add_option("--profiles", settings.profiles, "XML file of QoS profiles");
+    app.add_option("--library", settings.library, "library of profiles to use");
+    app.add_option("--sockets", settings.socketPath, "beginning of the names of local sockets");
+    app.add_flag_callback("--list-stacks", plex::bench::listStacks, "print the names of stacks, and end");
+    CLI11_PARSE(app, argc, argv);
+
+    log4cplus::BasicConfigurator::doConfigure(log4cplus::Logger::getDefaultHierarchy(), true);
+    log4cplus::Logger::getRoot().setLogLevel(log4cplus::FATAL_LOG_LEVEL);
+    try {
+        plex::bench::serve(role, stacks, settings);
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "peer " << role << ": " << error.what() << '\n';
+        return 1;
+    }
+}
