@@ -5,19 +5,14 @@
 
 #include <fastdds/dds/domain/DomainParticipantFactory.hpp>
 
-#include <string>
-
 namespace plex::bench
 {
 
-/// A participant as the binding's transport makes it.
-/// @param library of QoS profiles, which must be loaded; empty for none.
-inline ParticipantPointer makeBareParticipant(unsigned domain, const std::string& library = {})
+/// A participant as the binding's transport makes it by default.
+inline ParticipantPointer makeBareParticipant(unsigned domain)
 {
     auto* const factory = dds::DomainParticipantFactory::get_instance();
-    auto* const participant =
-        library.empty() ? factory->create_participant(domain, dds::PARTICIPANT_QOS_DEFAULT)
-                        : factory->create_participant_with_profile(domain, library + ".participant");
+    auto* const participant = factory->create_participant(domain, dds::PARTICIPANT_QOS_DEFAULT);
     return {made(participant, "participant"),
             [holder = dds::DomainParticipantFactory::get_shared_instance()](dds::DomainParticipant* held) {
                 holder->delete_participant(held);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BareEntities.hpp"
-#include "BareParticipant.hpp"
 #include "Stack.hpp"
+
+#include <plex/dds/DdsPlex.hpp>
 
 namespace plex::bench
 {
@@ -50,12 +51,24 @@ private:
     BareReader reader_;
 };
 
+/// A participant that the binding's transport has made, which also knows the profiles.
+ParticipantPointer makeParticipant(const StackSettings& settings)
+{
+    ovra::plex::Plex::Properties properties;
+    if (!settings.library.empty()) {
+        properties["dds.qos.profile.file"] = settings.profiles;
+        properties["dds.qos.profile.library"] = settings.library;
+    }
+    return ovra::plex::DdsPlex(properties)
+        .getDomainParticipant(ovra::plex::Uri("dds+ps://" + std::to_string(settings.domain) + "/any"), {});
+}
+
 class BareStack final : public Stack
 {
 public:
     explicit BareStack(const StackSettings& settings)
         : library_(settings.library)
-        , participant_(makeBareParticipant(settings.domain, settings.library))
+        , participant_(makeParticipant(settings))
     {
     }
 

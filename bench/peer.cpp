@@ -3,11 +3,14 @@
 // input, a command a line, and answers each with a line of JSON:
 //
 //   roundtrips STACK COUNT     (ping)    nanoseconds of each; fewer than asked for when one is lost
-//   send STACK SECONDS RATE    (source)  values a second, 0: as fast as it goes; what was sent, in which time
-//   received STACK             (sink)    what has arrived since the last time, once nothing more does
+//   send STACK SECONDS RATE    (source)  values a second, 0: as fast as it goes; what was sent, in which
+//   time,
+//                                        and the number of this stream
+//   received STACK STREAM COUNT SECONDS  (sink)  what has arrived of a stream, once it is as much as is
+//   expected
+//                                        or nothing more has come for so long
 //
 // A pong process sends back whatever comes.
-#include "BareParticipant.hpp"
 #include "Paired.hpp"
 #include "Stack.hpp"
 
@@ -137,6 +140,7 @@ public:
         const auto start = Clock::now();
         const auto end =
             start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+        ++stream_;
         sent_ = 0;
         refused_ = 0;
         if (rate > 0.0) {
@@ -146,11 +150,17 @@ public:
                 send();
             }
         }
-        return {{"sent", sent_}, {"refused", refused_}, {"seconds", nanoseconds(start, Clock::now()) / 1e9}};
+        return {{"stream", stream_},
+                {"sent", sent_},
+                {"refused", refused_},
+                {"seconds", nanoseconds(start, Clock::now()) / 1e9}};
     }
 
 private:
-    void send() { ++(sender_->send({static_cast<double>(sent_), 0.0}) ? sent_ : refused_); }
+    void send()
+    {
+        ++(sender_->send({static_cast<double>(sent_), static_cast<double>(stream_)}) ? sent_ : refused_);
+    }
 
     /// Sends what is due, then sleeps; behind time it does not sleep.
     void paced(Clock::time_point start, Clock::time_point end, double rate)
@@ -165,6 +175,7 @@ private:
         }
     }
 
+    std::uint64_t stream_ = 0;
     std::uint64_t sent_ = 0;
     std::uint64_t refused_ = 0;
     const std::unique_ptr<Sender> sender_;
@@ -174,35 +185,62 @@ class Sink final : public Role
 {
 public:
     explicit Sink(Stack& stack)
-        : receiver_(stack.receiver("stream", [this](const Horizontal&) { arrived(); }))
+        : receiver_(stack.receiver("stream", [this](const Horizontal& value) { arrived(value); }))
     {
     }
 
-    /// Waits until nothing has come for a while.
-    nlohmann::json command(std::istream& /*arguments*/) override
+    nlohmann::json command(std::istream& arguments) override
     {
-        std::uint64_t before = 0;
-        do {
-            before = received_;
-            std::this_thread::sleep_for(100ms);
-        } while (received_ != before);
-        const std::uint64_t received = received_.exchange(0);
-        return {{"received", received}, {"seconds", received == 0 ? 0.0 : nanoseconds(first_, last_) / 1e9}};
+        double stream = 0.0;
+        std::uint64_t expected = 0;
+        double seconds = 0.0;
+        arguments >> stream >> expected >> seconds;
+        awaitCount(stream, expected, std::chrono::duration<double>(seconds));
+        const std::lock_guard lock(mutex_);
+        if (stream_ != stream) {
+            return {{"received", 0}, {"seconds", 0.0}};
+        }
+        return {{"received", received_}, {"seconds", nanoseconds(first_, last_) / 1e9}};
     }
 
 private:
-    void arrived()
+    void awaitCount(double stream, std::uint64_t expected, std::chrono::duration<double> patience)
     {
-        last_ = Clock::now();
-        if (received_ == 0) {
-            first_ = last_;
+        auto changed = Clock::now();
+        for (std::uint64_t before = 0; Clock::now() - changed < patience;) {
+            {
+                const std::lock_guard lock(mutex_);
+                const std::uint64_t received = stream_ == stream ? received_ : 0;
+                if (received >= expected) {
+                    return;
+                }
+                changed = received == before ? changed : Clock::now();
+                before = received;
+            }
+            std::this_thread::sleep_for(5ms);
         }
-        ++received_;
     }
 
+    void arrived(const Horizontal& value)
+    {
+        const auto now = Clock::now();
+        const std::lock_guard lock(mutex_);
+        if (value.az > stream_) {
+            stream_ = value.az;
+            received_ = 0;
+            first_ = now;
+        }
+        if (value.az == stream_) { // not a straggler
+            last_ = now;
+            ++received_;
+        }
+    }
+
+    std::mutex mutex_; ///< guards what follows
     Clock::time_point first_;
     Clock::time_point last_;
-    std::atomic<std::uint64_t> received_ = 0; ///< published after the times
+    double stream_ = 0.0;
+    std::uint64_t received_ = 0;
     const std::unique_ptr<Receiver> receiver_;
 };
 
@@ -272,9 +310,6 @@ void listStacks()
 
 void serve(const std::string& roleName, const std::vector<std::string>& names, const StackSettings& settings)
 {
-    if (!settings.library.empty()) {
-        dds::DomainParticipantFactory::get_instance()->load_XML_profiles_file(settings.profiles);
-    }
     Stacks stacks;
     Roles roles;
     for (const auto& kind : stackKinds()) {
