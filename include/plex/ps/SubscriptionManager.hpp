@@ -129,9 +129,10 @@ private:
     std::shared_ptr<internal::dds::DataReader> reader_; ///< empty after the shutdown
     Registry<SubscriptionInfo> asyncRegistry_;
     Registry<NotifierSubscriptionInfo> notifierRegistry_;
-    bool moreData_ = false; ///< data came from inside a callback
-    internal::dds::LoanableSequence<typename ST::DdsType> taken_{1}; ///< the sample being dispatched
+    bool moreData_ = false;                                          ///< data came from inside a callback
+    internal::dds::LoanableSequence<typename ST::DdsType> taken_{1}; ///< holds the sample being dispatched
     internal::dds::SampleInfoSeq takenInfo_{1};                      ///< its info
+    std::shared_ptr<T> takenData_;                                   ///< views it
 
     mutable internal::DispatchMutex syncMutex_; ///< guards the registry below
     Registry<SubscriptionInfo> syncRegistry_;

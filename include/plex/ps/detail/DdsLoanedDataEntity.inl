@@ -45,6 +45,9 @@ public:
         reader_.reset();
     }
 
+    /// The reader that the loan is taken from; there until the loan is closed.
+    internal::dds::DataReader& reader() { return *reader_; }
+
     Samples& samples() { return samples_; }
 
     void view(DdsType& sample) { value_.emplace(sample, ovra::plex::icd::dds::Borrow{}); }

@@ -242,9 +242,9 @@ bool DdsSubscriber<T, ST>::readInstance(const T& value, T& out)
 template <class T, class ST>
 std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedRead()
 {
-    const auto reader = openReader();
-    auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), reader);
-    const auto result = internal::take(*reader, loan->samples(), 1);
+    auto reader = openReader();
+    auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), std::move(reader));
+    const auto result = internal::take(loan->reader(), loan->samples(), 1);
     return checkTaken(result, "Reader take failed for dds subscriber's loanedRead.")
                ? present(std::move(loan))
                : nullptr;
@@ -253,13 +253,13 @@ std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedRead()
 template <class T, class ST>
 std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedReadInstance(const T& value)
 {
-    const auto reader = openReader();
+    auto reader = openReader();
     const auto handle = lookupInstance(value);
     if (handle == internal::dds::HANDLE_NIL) {
         return nullptr;
     }
-    auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), reader);
-    const auto result = internal::takeInstance(*reader, loan->samples(), handle);
+    auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), std::move(reader));
+    const auto result = internal::takeInstance(loan->reader(), loan->samples(), handle);
     return checkTaken(result, "Reader take failed for dds subscriber's loanedReadInstance.")
                ? present(std::move(loan))
                : nullptr;

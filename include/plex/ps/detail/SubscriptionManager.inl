@@ -80,6 +80,8 @@ SubscriptionManager<T, ST>::SubscriptionManager(DdsSubscriber<T, ST>& owner,
     : owner_(owner)
     , reader_(std::move(reader))
 {
+    taken_.length(1);
+    takenData_ = std::make_shared<ST>(taken_[0], ovra::plex::icd::dds::Borrow{});
 }
 
 template <class T, class ST>
@@ -276,8 +278,7 @@ void SubscriptionManager<T, ST>::dispatchToListeners()
             continue;
         }
         for (const auto& [id, subscription] : asyncRegistry_) {
-            dispatch(subscription, takenInfo_[0],
-                     [&] { return std::make_shared<ST>(taken_[0], ovra::plex::icd::dds::Borrow{}); });
+            dispatch(subscription, takenInfo_[0], [&] { return takenData_; });
         }
     }
 }
@@ -324,8 +325,7 @@ void SubscriptionManager<T, ST>::dispatch(const SubscriptionInfo& subscription,
     if (owner_.isQosExceeded(info) || !subscription.filter.matches(info)) {
         return;
     }
-    const std::shared_ptr<T> data = makeData();
-    const DdsDataEvent<T> event(internal::toSeconds(info.source_timestamp), true, data,
+    const DdsDataEvent<T> event(internal::toSeconds(info.source_timestamp), true, makeData(),
                                 subscription.filter.instanceState(), internal::deduceInstanceEvent(info));
     subscription.callback(owner_, event);
 }

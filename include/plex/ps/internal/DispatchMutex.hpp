@@ -21,13 +21,13 @@ public:
     public:
         explicit Pass(DispatchMutex& mutex) : mutex_(mutex), lock_(mutex.mutex_)
         {
-            mutex_.dispatcher_ = std::this_thread::get_id();
+            mutex_.dispatcher_.store(std::this_thread::get_id(), std::memory_order_relaxed);
         }
 
         Pass(const Pass&) = delete;
         Pass& operator=(const Pass&) = delete;
 
-        ~Pass() { mutex_.dispatcher_ = std::thread::id(); }
+        ~Pass() { mutex_.dispatcher_.store(std::thread::id(), std::memory_order_relaxed); }
 
     private:
         DispatchMutex& mutex_;
@@ -35,7 +35,11 @@ public:
     };
 
     /// Whether the calling thread is inside a pass.
-    bool isDispatchingHere() const { return dispatcher_ == std::this_thread::get_id(); }
+    bool isDispatchingHere() const
+    {
+        // A thread sees its own id only if it has stored it itself, so no order is needed.
+        return dispatcher_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
 
     /// Locks for a change, waiting for a pass on another thread to end.
     /// @throws IllegalStateException inside a callback that runs under this mutex, logged.
