@@ -21,7 +21,7 @@ namespace ovra::plex::ps
 /// Threads: as the contract says; publish() takes no lock of its own. Ownership: owns its DDS publisher and
 /// writer, shares the topic.
 template <class T, class ST>
-class DdsPublisher : public internal::DdsBasePubSub<T, ST>, public Publisher<T>
+class DdsPublisher final : public internal::DdsBasePubSub<T, ST>, public Publisher<T>
 {
 public:
     /// Makes all DDS entities.

@@ -14,7 +14,7 @@ namespace ovra::plex::ps
 /// What an application holds: forwards every call to a publisher that it shares with its instance
 /// publishers.
 template <class T, class ST>
-class DdsPublisherDelegator : public Publisher<T>
+class DdsPublisherDelegator final : public Publisher<T>
 {
 public:
     /// @throws PlexException when property "dds.wait_for_ack.timeout_ms" is no number.

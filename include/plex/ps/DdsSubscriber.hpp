@@ -25,9 +25,9 @@ namespace ovra::plex::ps
 /// reader until it is done. Ownership: owns its DDS subscriber, reader and subscription manager, shares the
 /// topic; loans share the reader, and they and subscriptions the subscriber.
 template <class T, class ST>
-class DdsSubscriber : public std::enable_shared_from_this<DdsSubscriber<T, ST>>,
-                      public Subscriber<T>,
-                      protected internal::DdsBasePubSub<T, ST>
+class DdsSubscriber final : public std::enable_shared_from_this<DdsSubscriber<T, ST>>,
+                            public Subscriber<T>,
+                            protected internal::DdsBasePubSub<T, ST>
 {
 public:
     using Callback = typename Subscriber<T>::Callback;

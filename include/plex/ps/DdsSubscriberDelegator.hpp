@@ -14,7 +14,7 @@ namespace ovra::plex::ps
 /// What an application holds: forwards every call to a subscriber that it shares with its loans and
 /// subscriptions. Dropping it does not close the subscriber while one of these is left.
 template <class T, class ST>
-class DdsSubscriberDelegator : public Subscriber<T>
+class DdsSubscriberDelegator final : public Subscriber<T>
 {
 public:
     using Callback = typename Subscriber<T>::Callback;

@@ -19,7 +19,7 @@ namespace ovra::plex::ps
 /// Its reader's quality of service is fixed: best effort, volatile, the last sample of each instance.
 /// Threads and ownership: as the contract says.
 template <class T, class ST>
-class MrvDdsSubscriber : public MrvSubscriber<T>, protected internal::DdsBasePubSub<T, ST>
+class MrvDdsSubscriber final : public MrvSubscriber<T>, protected internal::DdsBasePubSub<T, ST>
 {
 public:
     /// Makes all DDS entities.
