@@ -73,8 +73,15 @@ protected:
         repeat(round, rounds / 5);
         const Held before = held();
         repeat(round, rounds);
-        waitFor([&] { return processResources() == before.resources; }, 2s);
-        const Held after = held();
+        // What Fast DDS tells other processes of entities that are gone it keeps until they have acknowledged
+        // it.
+        Held after{};
+        waitFor(
+            [&] {
+                after = held();
+                return after.resources == before.resources && after.bytes - before.bytes < mostBytes * rounds;
+            },
+            10s);
         EXPECT_EQ(after.resources, before.resources);
         EXPECT_EQ(after.sharedMemory, before.sharedMemory);
         EXPECT_LT(after.bytes - before.bytes, mostBytes * rounds);
@@ -223,7 +230,7 @@ TEST_F(LifeCycleTest, OfASubscriberThatIsPolledLeavesNothing)
         ASSERT_EQ(calls, 1);
         reader->close();
     };
-    expectNoGrowth(round, manyRounds / 4); // each waits a millisecond or two
+    expectNoGrowth(round);
 }
 
 TEST_F(LifeCycleTest, OfASubscriberWithCallbacksLeavesNothing)
