@@ -25,7 +25,7 @@ inline std::optional<DataRepresentationId> dataRepresentation(const Plex::Proper
     if (*text == "xcdr2") {
         return eprosima::fastdds::dds::XCDR2_DATA_REPRESENTATION;
     }
-    throw PlexException("Property dds.data_representation is neither \"xcdr1\" nor \"xcdr2\": \"" + *text +
+    throw PlexException(R"(Property dds.data_representation is neither "xcdr1" nor "xcdr2": ")" + *text +
                         "\"");
 }
 
