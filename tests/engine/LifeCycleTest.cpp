@@ -2,10 +2,15 @@
 #include "KeyedTest.hpp"
 
 #include <generated/vexstubif/AltAz.hpp>
+#include <generated/vexstubif/AltAzPubSubType.hpp>
 
 #include <fastdds/dds/publisher/DataWriter.hpp>
 #include <fastdds/dds/publisher/Publisher.hpp>
 #include <fastdds/dds/publisher/qos/DataWriterQos.hpp>
+#include <fastdds/dds/subscriber/DataReader.hpp>
+#include <fastdds/dds/subscriber/Subscriber.hpp>
+#include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
+#include <fastdds/dds/topic/TypeSupport.hpp>
 
 #include <algorithm>
 #include <cstddef>
@@ -70,6 +75,7 @@ protected:
     template <class Operation>
     void expectNoGrowth(Operation round, int rounds = manyRounds, std::ptrdiff_t mostBytes = 8)
     {
+        mostBytes += 2 * bytesKeptOfAnEntity();
         repeat(round, rounds / 5);
         const Held before = held();
         repeat(round, rounds);
@@ -134,11 +140,37 @@ protected:
 
 private:
     template <class Operation>
-    static void repeat(Operation& round, int rounds)
+    static void repeat(const Operation& round, int rounds)
     {
         for (int i = 0; i < rounds && !HasFailure(); ++i) {
             round(i);
         }
+    }
+
+    /// What stays of each entity that was matched, without this project's part: Fast DDS 2.14 makes room for ever more of them,
+    /// each time twice as much, so an average depends on when it is taken. Later generations keep nothing.
+    std::ptrdiff_t bytesKeptOfAnEntity()
+    {
+        const dds::TypeSupport type(new generated::dds_::vexstubif::AltAzPubSubType());
+        type.register_type(holder_.get());
+        auto* const topic = holder_->create_topic(ovra::plex::DdsUriHelper::topic(uri, true) + "/bare",
+                                                  type.get_type_name(), dds::TopicQos());
+        auto* const subscriber = holder_->create_subscriber(dds::SubscriberQos());
+        auto* const reader = subscriber->create_datareader(topic, dds::DataReaderQos());
+        auto* const publisher = holder_->create_publisher(dds::PublisherQos());
+        const auto round = [&](int) {
+            publisher->delete_datawriter(publisher->create_datawriter(topic, dds::DataWriterQos()));
+        };
+        constexpr int rounds = 1000;
+        repeat(round, rounds / 5);
+        const auto before = allocatedBytes();
+        repeat(round, rounds);
+        const auto kept = (allocatedBytes() - before) / rounds;
+        holder_->delete_publisher(publisher);
+        subscriber->delete_datareader(reader);
+        holder_->delete_subscriber(subscriber);
+        holder_->delete_topic(topic);
+        return kept;
     }
 
     Held held() const
