@@ -95,9 +95,10 @@ class Peer:
         self.process.wait(timeout=10)
 
     def show(self):
-        for file in (self.output, self.log):
-            lines = text_of(file).splitlines()
-            print(f"--- {self.name}, {len(lines)} lines", *lines[-30:], sep="\n")
+        """What it has logged, and the end of what it has printed. A sanitizer's report is in the former, whole."""
+        for kind, lines in (("log", text_of(self.log).splitlines()),
+                            ("end of output", text_of(self.output).splitlines()[-30:])):
+            print(f"--- {self.name}: {kind}", *lines, sep="\n")
 
 
 def meet(publisher, subscriber):
