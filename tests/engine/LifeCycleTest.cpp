@@ -147,8 +147,9 @@ private:
         }
     }
 
-    /// What stays of each entity that was matched, without this project's part: Fast DDS 2.14 makes room for ever more of them,
-    /// each time twice as much, so an average depends on when it is taken. Later generations keep nothing.
+    /// What stays of each entity that was matched, without this project's part: Fast DDS 2.14 makes room for
+    /// ever more of them, each time twice as much, so an average depends on when it is taken. Later
+    /// generations keep nothing.
     std::ptrdiff_t bytesKeptOfAnEntity()
     {
         const dds::TypeSupport type(new generated::dds_::vexstubif::AltAzPubSubType());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CallbackTest.hpp"
+#include "DyingProcess.hpp"
 
 #include <log4cplus/consoleappender.h>
 
@@ -318,12 +319,11 @@ TEST_P(ReentryByKindTest, ClosingTheSubscriberWaitsForItsCallbackOnAnotherThread
     closer.join();
 }
 
-class ReentryDeathTest : public ReentryByKindTest
+class ReentryDeathTest : protected DyingProcess, public ReentryByKindTest
 {
 protected:
     void SetUp() override
     {
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
         log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));
         log4cplus::Logger::getRoot().addAppender(console);
     }
@@ -335,7 +335,11 @@ TEST_P(ReentryDeathTest, DroppingTheOwnSubscriptionInsideItsCallbackEndsTheProce
 {
     Handle handle;
     handle = subscribe(*subscriber, GetParam(), {}, [&] { handle.reset(); });
-    EXPECT_DEATH(provoke(), std::string("ERROR - ") + changeRefused);
+    const auto provokeToDeath = [&] {
+        leaveNothingBehind();
+        provoke();
+    };
+    EXPECT_DEATH(provokeToDeath(), std::string("ERROR - ") + changeRefused);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ReentryByKindTest, testing::ValuesIn(allKinds),

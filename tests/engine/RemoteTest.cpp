@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "DyingProcess.hpp"
 #include "KeyedTest.hpp"
 
 #include <atomic>
@@ -103,14 +104,8 @@ TEST_F(RemoteTest, DisposalIsHeardForItsInstance)
     EXPECT_EQ(ofA, 0);
 }
 
-class RemoteDeathTest : public RemoteTest
+class RemoteDeathTest : protected DyingProcess, public RemoteTest
 {
-protected:
-    void SetUp() override
-    {
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
-        RemoteTest::SetUp();
-    }
 };
 
 TEST_F(RemoteDeathTest, ExceptionOfACallbackEndsTheProcess)
@@ -119,11 +114,14 @@ TEST_F(RemoteDeathTest, ExceptionOfACallbackEndsTheProcess)
     const auto subscriber = this->subscriber();
     const auto handle =
         subscribe(*subscriber, Kind::Async, {}, [] { throw std::runtime_error("callback failed"); });
-    EXPECT_DEATH(waitFor([&] {
-                     publishPositions(*publisher, 1);
-                     return false;
-                 }),
-                 "callback failed");
+    const auto provoke = [&] {
+        leaveNothingBehind();
+        waitFor([&] {
+            publishPositions(*publisher, 1);
+            return false;
+        });
+    };
+    EXPECT_DEATH(provoke(), "callback failed");
 }
 
 } // namespace plex::test

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "DyingProcess.hpp"
 #include "FaultInjection.hpp"
 #include "KeyedTest.hpp"
 
@@ -8,12 +9,7 @@
 #include <log4cplus/layout.h>
 
 #include <csignal>
-#include <cstdlib>
-#include <exception>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <system_error>
 
 namespace plex::test
 {
@@ -27,15 +23,9 @@ using internal::RETCODE_TIMEOUT;
 inline constexpr ReturnCode refusals[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 12};
 
 /// A vocabulary for tests of what happens when DDS refuses something.
-class FaultTest : public KeyedTest
+class FaultTest : protected DyingProcess, public KeyedTest
 {
 protected:
-    /// Network only, so that a process that dies leaves less behind; see leaveNothingBehind().
-    FaultTest()
-    {
-        setenv("FASTDDS_BUILTIN_TRANSPORTS", "UDPv4", 1);
-    } // NOLINT(concurrency-mt-unsafe): alone yet
-
     using CallbackTest::hearing;
     using KeyedTest::hearing;
 
@@ -100,7 +90,6 @@ protected:
     template <class Operation>
     void expectDeath(const std::string& logger, const std::string& text, Operation operation)
     {
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
         EXPECT_EXIT(runToDeath(operation), testing::KilledBySignal(SIGABRT),
                     lastRecord("ERROR " + logger + ": " + text));
     }
@@ -109,7 +98,6 @@ protected:
     template <class Operation>
     static void expectDeath(Operation operation)
     {
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
         EXPECT_EXIT(runToDeath(operation), testing::KilledBySignal(SIGABRT), "");
     }
 
@@ -118,7 +106,7 @@ private:
     static void runToDeath(Operation operation)
     {
         logToStandardError();
-        std::set_terminate(leaveNothingBehind);
+        leaveNothingBehind();
         operation();
     }
 
@@ -127,20 +115,6 @@ private:
         log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));
         console->setLayout(std::make_unique<log4cplus::PatternLayout>("%p %c: %m%n"));
         log4cplus::Logger::getRoot().addAppender(console);
-    }
-
-    /// Ends the process, which has shared memory of its own only: no other process's data comes to it that
-    /// way.
-    [[noreturn]] static void leaveNothingBehind()
-    {
-        std::ifstream maps("/proc/self/maps");
-        for (std::string line; std::getline(maps, line);) {
-            if (const auto at = line.find("/dev/shm/"); at != std::string::npos) {
-                std::error_code ignored; // for a file that is mapped in pieces
-                std::filesystem::remove(line.substr(at), ignored);
-            }
-        }
-        std::abort();
     }
 
     /// The record with any URI of this test in it, as another process has another one.
