@@ -35,7 +35,7 @@ namespace internal
 /// The adapter behind an interface value, or null. Nearly always the value is exactly that; a class derived
 /// from it costs a search.
 template <class Adapter, class Value>
-Adapter* adapterOf(Value& value)
+inline Adapter* adapterOf(Value& value)
 {
     return typeid(value) == typeid(Adapter) ? static_cast<Adapter*>(&value) : dynamic_cast<Adapter*>(&value);
 }
@@ -57,7 +57,7 @@ Adapter* adapterOf(Value& value)
 /// @param logger the caller's, for the ERROR record of a refusal.
 /// @throws IllegalStateException when the value is of another class.
 template <class T, class ST>
-const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
+inline const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
 {
     if (const auto* const adapter = internal::adapterOf<const ST>(value)) {
         return *adapter;
@@ -67,7 +67,7 @@ const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
 
 /// As above, for a value that may be changed.
 template <class T, class ST>
-ST& obtainImpl(T& value, log4cplus::Logger& logger)
+inline ST& obtainImpl(T& value, log4cplus::Logger& logger)
 {
     if (auto* const adapter = internal::adapterOf<ST>(value)) {
         return *adapter;

@@ -63,6 +63,7 @@ private:
     void createDdsEntities();
     void checkTimeout(const std::chrono::milliseconds& timeout) const;
     void checkWritten(internal::ReturnCode result) const;
+    [[noreturn]] void failToWrite(internal::ReturnCode result) const;
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsPublisher");
     const std::int64_t waitForAckTimeoutMs_;

@@ -6,6 +6,7 @@
 #include <plex/ps/internal/DataWait.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
+#include <plex/ps/internal/SharedReader.hpp>
 
 #include <atomic>
 #include <chrono>
@@ -79,7 +80,6 @@ private:
     using DdsType = typename ST::DdsType;
     using Filter = internal::SampleFilter<T, ST>;
     using Samples = internal::LoanedSamples<DdsType>;
-    using ReaderPointer = std::shared_ptr<internal::dds::DataReader>;
 
     class DdsLoanedDataEntity;
 
@@ -106,13 +106,16 @@ private:
     std::shared_ptr<SubscriptionManager<T, ST>> openManager() const;
 
     void release();
-    void createReader();
-    void attachManager();
+    std::shared_ptr<internal::dds::DataReader> createReader();
+    void attachManager(const std::shared_ptr<internal::dds::DataReader>& reader);
     std::shared_ptr<internal::dds::Subscriber> createReadersSubscriber();
     internal::dds::DataReader* createDataReader(internal::dds::Subscriber& subscriber);
 
     /// The reader, held for one operation. @throws IllegalStateException unless open.
-    ReaderPointer openReader() const;
+    internal::SharedReader::Use openReader();
+
+    /// For operations that wait. @throws IllegalStateException unless open, and as soon as closing begins.
+    void checkOpen() const;
 
     /// The key hash of a value, computed without asking the reader.
     /// @throws IllegalStateException for another transport's value; PlexException when the type has no key.
@@ -123,6 +126,7 @@ private:
 
     /// Whether a take or read brought samples. @throws PlexException on any failure but NO_DATA.
     bool checkTaken(internal::ReturnCode result, const char* failureText) const;
+    [[noreturn]] void failToTake(internal::ReturnCode result, const char* failureText) const;
 
     /// Whether a sample has a value that the QoS lets pass.
     bool isDeliverable(const internal::dds::SampleInfo& info) const;
@@ -134,8 +138,8 @@ private:
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Subscriber> subscriber_;
     std::unique_ptr<internal::dds::DataReaderListener> listener_; ///< kept until the reader is deleted
-    std::atomic<ReaderPointer> reader_;                           ///< empty before create() and after close()
-    std::atomic<std::shared_ptr<SubscriptionManager<T, ST>>> manager_; ///< likewise
+    internal::SharedReader reader_; ///< closed before create() and after close()
+    std::atomic<std::shared_ptr<SubscriptionManager<T, ST>>> manager_; ///< empty then
     internal::dds::GuardCondition closing_; ///< wakes the operations that wait for data
     std::mutex closeMutex_;                 ///< held while closing; taken before everything else
 };

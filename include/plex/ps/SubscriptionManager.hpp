@@ -132,7 +132,8 @@ private:
     bool moreData_ = false;                                          ///< data came from inside a callback
     internal::dds::LoanableSequence<typename ST::DdsType> taken_{1}; ///< holds the sample being dispatched
     internal::dds::SampleInfoSeq takenInfo_{1};                      ///< its info
-    std::shared_ptr<T> takenData_;                                   ///< views it
+    ST takenAdapter_;                                                ///< views it
+    const std::shared_ptr<T> takenData_;                             ///< the adapter, which it does not own
 
     mutable internal::DispatchMutex syncMutex_; ///< guards the registry below
     Registry<SubscriptionInfo> syncRegistry_;

@@ -11,7 +11,7 @@ template <class T, class ST>
 class DdsSubscriber<T, ST>::DdsLoanedDataEntity final : public LoanedDataEntity<T>
 {
 public:
-    DdsLoanedDataEntity(std::shared_ptr<DdsSubscriber> owner, ReaderPointer reader)
+    DdsLoanedDataEntity(std::shared_ptr<DdsSubscriber> owner, internal::SharedReader::Use reader)
         : owner_(std::move(owner))
         , reader_(std::move(reader))
     {
@@ -42,7 +42,7 @@ public:
             owner_->returnLoan(*reader_, samples_);
         }
         closed_ = true;
-        reader_.reset();
+        reader_.end();
     }
 
     /// The reader that the loan is taken from; there until the loan is closed.
@@ -55,7 +55,7 @@ public:
 private:
     Samples samples_;
     std::shared_ptr<DdsSubscriber> owner_;
-    ReaderPointer reader_; ///< deleted with the last loan where the subscriber was closed
+    internal::SharedReader::Use reader_; ///< the last one deletes it where the subscriber was closed
     std::optional<ST> value_;
     bool closed_ = false;
 };

@@ -53,21 +53,27 @@ std::unique_ptr<InstancePublisher<T>> DdsPublisher<T, ST>::createInstancePublish
 }
 
 template <class T, class ST>
-void DdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout) const
+inline void DdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout) const
 {
     if (timeout.count() < 0) {
-        throw PlexException(internal::withUri("Negative timeout given to publish", this->uri_));
+        internal::throwWithUri("Negative timeout given to publish", this->uri_);
     }
 }
 
 template <class T, class ST>
-void DdsPublisher<T, ST>::checkWritten(internal::ReturnCode result) const
+inline void DdsPublisher<T, ST>::checkWritten(internal::ReturnCode result) const
 {
     if (result != internal::RETCODE_OK) {
-        internal::failWithErrMsg(
-            logger_, internal::withCode(
-                         internal::withUri("Writer failed to write for dds publisher", this->uri_), result));
+        failToWrite(result);
     }
+}
+
+template <class T, class ST>
+void DdsPublisher<T, ST>::failToWrite(internal::ReturnCode result) const
+{
+    internal::failWithErrMsg(
+        logger_, internal::withCode(internal::withUri("Writer failed to write for dds publisher", this->uri_),
+                                    result));
 }
 
 template <class T, class ST>

@@ -17,8 +17,9 @@ DdsSubscriber<T, ST>::create(const Uri& uri, const qos::QoSList& qos, const Plex
                              const internal::ParticipantPointer& participant)
 {
     auto subscriber = std::make_shared<DdsSubscriber>(uri, qos, properties, participant);
-    subscriber->createReader();
-    subscriber->attachManager();
+    auto reader = subscriber->createReader();
+    subscriber->attachManager(reader);
+    subscriber->reader_.set(std::move(reader));
     subscriber->state_ = internal::EntityState::Initialized;
     LOG4CPLUS_TRACE(subscriber->logger_, "Subscriber for " << uri.string() << " created");
     return subscriber;
@@ -44,17 +45,16 @@ DdsSubscriber<T, ST>::~DdsSubscriber() // NOLINT(bugprone-exception-escape)
 }
 
 template <class T, class ST>
-void DdsSubscriber<T, ST>::createReader()
+std::shared_ptr<internal::dds::DataReader> DdsSubscriber<T, ST>::createReader()
 {
     subscriber_ = createReadersSubscriber();
-    reader_ = internal::holdReader(subscriber_, topic_, createDataReader(*subscriber_), logger_,
-                                   "Failed to delete a DDS data reader for dds subscriber");
+    return internal::holdReader(subscriber_, topic_, createDataReader(*subscriber_), logger_,
+                                "Failed to delete a DDS data reader for dds subscriber");
 }
 
 template <class T, class ST>
-void DdsSubscriber<T, ST>::attachManager()
+void DdsSubscriber<T, ST>::attachManager(const std::shared_ptr<internal::dds::DataReader>& reader)
 {
-    const ReaderPointer reader = reader_.load();
     auto manager = std::make_shared<SubscriptionManager<T, ST>>(*this, reader);
     listener_ = manager->createListener();
     const auto result = internal::code(reader->set_listener(listener_.get()));
@@ -141,38 +141,51 @@ void DdsSubscriber<T, ST>::close()
 template <class T, class ST>
 void DdsSubscriber<T, ST>::release()
 {
-    closing_.set_trigger_value(true);
+    auto lastUse = reader_.use(); // so that the manager, which locks, is not the one that deletes it
+    reader_.close();
+    closing_.set_trigger_value(true); // after that, as whoever is woken may read again
     if (const auto manager = manager_.load()) {
         manager->shutDown(); // a callback under way may still ask it whether it is one
     }
     manager_ = nullptr;
-    reader_ = nullptr;
+    lastUse.end();
     topic_.reset();
     this->state_ = internal::EntityState::Closed;
 }
 
 template <class T, class ST>
-typename DdsSubscriber<T, ST>::ReaderPointer DdsSubscriber<T, ST>::openReader() const
+internal::SharedReader::Use DdsSubscriber<T, ST>::openReader()
 {
     this->checkState();
-    auto reader = reader_.load();
-    if (!reader || closing_.get_trigger_value()) {
+    auto reader = reader_.use();
+    if (!reader) {
         this->failClosed();
     }
     return reader;
 }
 
 template <class T, class ST>
-bool DdsSubscriber<T, ST>::checkTaken(internal::ReturnCode result, const char* failureText) const
+void DdsSubscriber<T, ST>::checkOpen() const
 {
-    if (result == internal::RETCODE_NO_DATA) {
-        return false;
+    this->checkState();
+    if (closing_.get_trigger_value()) {
+        this->failClosed();
     }
-    if (result != internal::RETCODE_OK) {
-        internal::failWithErrMsg(logger_,
-                                 internal::withCode(internal::withUri(failureText, this->uri_), result));
+}
+
+template <class T, class ST>
+inline bool DdsSubscriber<T, ST>::checkTaken(internal::ReturnCode result, const char* failureText) const
+{
+    if (result != internal::RETCODE_OK && result != internal::RETCODE_NO_DATA) {
+        failToTake(result, failureText);
     }
-    return true;
+    return result == internal::RETCODE_OK;
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::failToTake(internal::ReturnCode result, const char* failureText) const
+{
+    internal::failWithErrMsg(logger_, internal::withCode(internal::withUri(failureText, this->uri_), result));
 }
 
 template <class T, class ST>
@@ -306,9 +319,9 @@ internal::InstanceHandle_t DdsSubscriber<T, ST>::lookupInstance(const T& value)
 template <class T, class ST>
 std::shared_ptr<SubscriptionManager<T, ST>> DdsSubscriber<T, ST>::openManager() const
 {
-    this->checkState();
+    checkOpen();
     auto manager = manager_.load();
-    if (!manager || closing_.get_trigger_value()) {
+    if (!manager) {
         this->failClosed();
     }
     return manager;

@@ -27,7 +27,7 @@ void DdsSubscriber<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout
                                         const char* failureText) const
 {
     if (timeout.count() < 0) {
-        throw PlexException(internal::withUri(failureText, this->uri_));
+        internal::throwWithUri(failureText, this->uri_);
     }
 }
 
@@ -111,7 +111,7 @@ std::size_t DdsSubscriber<T, ST>::readDataEventsUntilTimeout(const DataEventFilt
             (woken == internal::DataWait::Result::Data && takeEvents(*reader, read))) {
             break;
         }
-        openReader();
+        checkOpen();
     }
     return events.size() - before;
 }
@@ -128,7 +128,7 @@ std::size_t DdsSubscriber<T, ST>::readDataEventsUntilEventCountLimit(const DataE
                    internal::loanNotReturnedCounting, eventCountLimit};
     internal::DataWait data(*reader, closing_, logger_, this->uri_);
     while (read.remaining > 0) {
-        openReader();
+        checkOpen();
         if (data.wait(internal::shortWait()) == internal::DataWait::Result::Data) {
             takeEvents(*reader, read);
         }
@@ -152,7 +152,7 @@ DdsSubscriber<T, ST>::readDataEventsUntilEventCountLimitOrTimeout(const DataEven
     internal::DataWait data(*reader, closing_, logger_, this->uri_);
     const auto end = internal::endOf(timeout);
     while (read.remaining > 0 && end > internal::WallClock::now()) {
-        openReader();
+        checkOpen();
         if (data.wait(internal::shortWait()) == internal::DataWait::Result::Data) {
             takeEvents(*reader, read);
         }
@@ -173,7 +173,7 @@ std::size_t DdsSubscriber<T, ST>::poll(std::size_t maxCount, const std::chrono::
     const auto end = internal::endOf(timeout);
     std::size_t total = 0;
     while (end > internal::WallClock::now()) {
-        openReader();
+        checkOpen();
         if (data.wait(internal::shortWait()) != internal::DataWait::Result::Data) {
             continue;
         }

@@ -86,8 +86,7 @@ MrvDdsSubscriber<T, ST>::readMostRecent(const std::chrono::milliseconds& timeout
     using Samples = internal::LoanedSamples<typename ST::DdsType>;
     this->checkState();
     if (timeout.count() < 0) {
-        throw PlexException(
-            internal::withUri("Negative timeout given to Mrv subscriber readMostRecent.", this->uri_));
+        internal::throwWithUri("Negative timeout given to Mrv subscriber readMostRecent.", this->uri_);
     }
     std::this_thread::sleep_for(timeout);
 

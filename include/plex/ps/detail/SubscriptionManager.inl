@@ -12,29 +12,24 @@ namespace ovra::plex::ps
 ///
 /// Fast DDS copies the reader's listener pointer and calls through it without counting, so detaching does not
 /// wait for a call under way. Two things make it safe:
-/// - The subscriber keeps the listener as long as it lives, and whatever holds the reader holds the
-///   subscriber, so the listener outlives delete_datareader(). When that returns, every call is over, in
-///   both generations: those about data, deadlines and liveliness run with the RTPS reader's mutex held,
+/// - The subscriber keeps the listener, which keeps the manager, as long as it lives, and whatever holds the
+///   reader holds the subscriber, so both outlive delete_datareader(). When that returns, every call is over,
+///   in both generations: those about data, deadlines and liveliness run with the RTPS reader's mutex held,
 ///   which the deletion takes to detach the reader's inner listener; receiving threads, in-process writers
 ///   and discovery reach a reader only under locks or counts that the deletion waits for before it frees it,
 ///   and the deadline's timer only while the event thread, for which it waits too, is busy.
-/// - A call reaches the manager only through this listener's weak reference, and does its work under the
-///   manager's async mutex, which the shutdown takes: so no callback starts once the shutdown is over.
+/// - A call does its work under the manager's async mutex, which the shutdown takes: so no callback starts
+///   once the shutdown is over.
 template <class T, class ST>
 class SubscriptionManager<T, ST>::SubscriptionReaderListener final : public internal::dds::DataReaderListener
 {
 public:
-    explicit SubscriptionReaderListener(std::weak_ptr<SubscriptionManager> manager)
+    explicit SubscriptionReaderListener(std::shared_ptr<SubscriptionManager> manager)
         : manager_(std::move(manager))
     {
     }
 
-    void on_data_available(internal::dds::DataReader* /*reader*/) override
-    {
-        if (const auto manager = manager_.lock()) {
-            manager->onDataAvailable();
-        }
-    }
+    void on_data_available(internal::dds::DataReader* /*reader*/) override { manager_->onDataAvailable(); }
 
     void on_subscription_matched(internal::dds::DataReader* /*reader*/,
                                  const internal::dds::SubscriptionMatchedStatus& /*status*/) override
@@ -71,7 +66,7 @@ public:
 
 private:
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriptionReaderListener");
-    const std::weak_ptr<SubscriptionManager> manager_;
+    const std::shared_ptr<SubscriptionManager> manager_;
 };
 
 template <class T, class ST>
@@ -79,16 +74,16 @@ SubscriptionManager<T, ST>::SubscriptionManager(DdsSubscriber<T, ST>& owner,
                                                 std::shared_ptr<internal::dds::DataReader> reader)
     : owner_(owner)
     , reader_(std::move(reader))
+    , takenAdapter_((taken_.length(1), taken_[0]), ovra::plex::icd::dds::Borrow{})
+    , takenData_(std::shared_ptr<void>(), &takenAdapter_)
 {
-    taken_.length(1);
-    takenData_ = std::make_shared<ST>(taken_[0], ovra::plex::icd::dds::Borrow{});
 }
 
 template <class T, class ST>
 std::unique_ptr<typename SubscriptionManager<T, ST>::SubscriptionReaderListener>
 SubscriptionManager<T, ST>::createListener()
 {
-    return std::make_unique<SubscriptionReaderListener>(this->weak_from_this());
+    return std::make_unique<SubscriptionReaderListener>(this->shared_from_this());
 }
 
 template <class T, class ST>

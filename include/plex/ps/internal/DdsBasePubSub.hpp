@@ -105,6 +105,10 @@ protected:
     std::string topicName_;
 
 private:
+    // What seldom happens is apart, so that the checks before and after each operation are inlined.
+    [[noreturn]] void failNotOpen(EntityState state) const;
+    bool isTooOld(const dds::SampleInfo& info) const;
+
     dds::Topic* findTopic() const;
     dds::Topic* makeTopic() const;
     dds::DataWriter* createWriterWithProfile(dds::Publisher& publisher, dds::Topic& topic,

@@ -40,4 +40,10 @@ template <class Exception = PlexException>
     throw Exception(text);
 }
 
+/// Throws the text with the URI behind it, without a record.
+[[noreturn]] inline void throwWithUri(const char* what, const Uri& uri)
+{
+    throw PlexException(withUri(what, uri));
+}
+
 } // namespace ovra::plex::ps::internal

@@ -20,6 +20,11 @@ inline std::int64_t waitForAckTimeoutMs(const Plex::Properties& properties)
     return util::getLongProperty(properties, "dds.wait_for_ack.timeout_ms", 5000);
 }
 
+[[noreturn]] inline void refuseSourceTime(double timestamp)
+{
+    throw PlexException("Source timestamp does not fit 32 bits of seconds: " + std::to_string(timestamp));
+}
+
 /// A source timestamp in seconds as a DDS time: whole seconds truncated towards zero, and what remains in
 /// nanoseconds, truncated and converted as it is (so a negative remainder is no valid time, and DDS refuses
 /// it).
@@ -29,7 +34,7 @@ inline Time_t toSourceTime(double timestamp)
     using Limits = std::numeric_limits<std::int32_t>;
     const bool fits = timestamp > Limits::min() - 1.0 && timestamp < Limits::max() + 1.0; // no NaN does
     if (!fits) {
-        throw PlexException("Source timestamp does not fit 32 bits of seconds: " + std::to_string(timestamp));
+        refuseSourceTime(timestamp);
     }
     const auto seconds = static_cast<std::int32_t>(timestamp);
     const auto nanoseconds = static_cast<std::int64_t>((timestamp - seconds) * 1'000'000'000.0);

@@ -40,14 +40,17 @@ inline DdsEntityBase::DdsEntityBase(Uri uri, qos::QoSList qos, Plex::Properties 
 
 inline void DdsEntityBase::checkState() const
 {
-    switch (state_.load(std::memory_order_acquire)) {
-    case EntityState::Initialized:
-        return;
-    case EntityState::Closed:
-        failClosed();
-    case EntityState::Uninitialized:
-        fail<IllegalStateException>(logger_, "Entity is not INITIALIZED. Uri: " + uri_.string());
+    if (const auto state = state_.load(std::memory_order_acquire); state != EntityState::Initialized) {
+        failNotOpen(state);
     }
+}
+
+inline void DdsEntityBase::failNotOpen(EntityState state) const
+{
+    if (state == EntityState::Closed) {
+        failClosed();
+    }
+    fail<IllegalStateException>(logger_, "Entity is not INITIALIZED. Uri: " + uri_.string());
 }
 
 inline void DdsEntityBase::failClosed() const
@@ -205,9 +208,11 @@ inline const char* DdsEntityBase::getQosLibraryName() const
 
 inline bool DdsEntityBase::isQosExceeded(const dds::SampleInfo& info) const
 {
-    if (latencyMs_ < 1 && deadlineMs_ < 1) {
-        return false;
-    }
+    return (latencyMs_ > 0 || deadlineMs_ > 0) && isTooOld(info);
+}
+
+inline bool DdsEntityBase::isTooOld(const dds::SampleInfo& info) const
+{
     const WallTime now = WallTime::now();
     const WallTime sample{info.source_timestamp.seconds(), info.source_timestamp.nanosec()};
     return (latencyMs_ > 0 && isOlderThan(sample, latencyMs_, now)) ||
