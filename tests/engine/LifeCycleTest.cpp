@@ -166,7 +166,8 @@ private:
         repeat(round, rounds / 5);
         const auto before = allocatedBytes();
         repeat(round, rounds);
-        const auto kept = (allocatedBytes() - before) / rounds;
+        const auto kept = std::max<std::ptrdiff_t>(0, (allocatedBytes() - before) / rounds);
+        RecordProperty("bytesKeptOfAnEntity", std::to_string(kept));
         holder_->delete_publisher(publisher);
         subscriber->delete_datareader(reader);
         holder_->delete_subscriber(subscriber);
