@@ -36,6 +36,19 @@ TEST_F(DispatchTest, NotifierIsCalledBeforeTheCallback)
     EXPECT_EQ(order, "notifier callback ");
 }
 
+TEST_F(DispatchTest, SamplesThatANotifierWasCalledForReachALaterCallbackInTheirOrder)
+{
+    const auto publisher = this->publisher();
+    const auto subscriber = this->subscriber();
+    const auto notifier = subscribe(*subscriber, Kind::Notifier);
+    publishPositions(*publisher, 2);
+    notifier->close();
+    std::vector<Heard> heard;
+    const auto handle = subscriber->subscribeAsync(Filter(), hearing(heard));
+    publishPositions(*publisher, 1, 2);
+    EXPECT_THAT(altitudesOf(heard), ElementsAre(0, 1, 2));
+}
+
 TEST_F(DispatchTest, NotifierIsCalledOnceForFiveMatchingSamples)
 {
     const auto publisher = this->publisher();

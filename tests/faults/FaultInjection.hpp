@@ -45,7 +45,7 @@ public:
     virtual bool isCarriedOut() const { return true; }
 
     /// After the real operation, where that gave samples.
-    virtual void change(eprosima::fastdds::dds::SampleInfoSeq& /*infos*/) {}
+    virtual void change(eprosima::fastdds::dds::SampleInfo& /*info*/) {}
 
     const std::string& operation() const { return operation_; }
 
@@ -153,12 +153,7 @@ public:
     {
     }
 
-    void change(eprosima::fastdds::dds::SampleInfoSeq& infos) override
-    {
-        for (std::int32_t i = 0; i < infos.length(); ++i) {
-            change_(infos[i]);
-        }
-    }
+    void change(eprosima::fastdds::dds::SampleInfo& info) override { change_(info); }
 
 private:
     const Change change_;

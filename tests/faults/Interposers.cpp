@@ -81,7 +81,14 @@ Result failed(ReturnCode code)
 
 void change(Disturbance& disturbance, eprosima::fastdds::dds::SampleInfoSeq& infos)
 {
-    disturbance.change(infos);
+    for (std::int32_t i = 0; i < infos.length(); ++i) {
+        disturbance.change(infos[i]);
+    }
+}
+
+void change(Disturbance& disturbance, eprosima::fastdds::dds::SampleInfo* info)
+{
+    disturbance.change(*info);
 }
 
 template <class Other>
@@ -342,6 +349,11 @@ DdsReturnCode DataReader::take(LoanableCollection& data, SampleInfoSeq& infos, s
                                SampleStateMask samples, ViewStateMask views, InstanceStateMask instances)
 {
     return call("DataReader::take", &DataReader::take, this, data, infos, limit, samples, views, instances);
+}
+
+DdsReturnCode DataReader::take_next_sample(void* data, SampleInfo* info)
+{
+    return call("DataReader::take_next_sample", &DataReader::take_next_sample, this, data, info);
 }
 
 DdsReturnCode DataReader::take_instance(LoanableCollection& data, SampleInfoSeq& infos, std::int32_t limit,

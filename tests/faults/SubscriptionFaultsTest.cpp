@@ -87,6 +87,19 @@ TEST_F(SubscriptionFaultsTest, FailedTakeEndsTheDispatchAndLeavesTheSample)
 {
     const auto handle = subscribe(*subscriber, Kind::Async, {}, [&] { ++calls; });
     {
+        const Fault fault("DataReader::take_next_sample");
+        EXPECT_NO_THROW(publishPositions(*publisher, 1));
+    }
+    EXPECT_EQ(calls, 0);
+    publishPositions(*publisher, 1);
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(SubscriptionFaultsTest, FailedTakeBesideANotifierEndsTheDispatchAndLeavesTheSample)
+{
+    const auto notified = subscribe(*subscriber, Kind::Notifier, Filter(InstanceState::Disposed));
+    const auto handle = subscribe(*subscriber, Kind::Async, {}, [&] { ++calls; });
+    {
         const Fault fault("DataReader::take");
         EXPECT_NO_THROW(publishPositions(*publisher, 1));
     }
@@ -95,11 +108,24 @@ TEST_F(SubscriptionFaultsTest, FailedTakeEndsTheDispatchAndLeavesTheSample)
     EXPECT_EQ(calls, 2);
 }
 
+TEST_F(SubscriptionFaultsTest, LoanOfACallbacksSampleThatCannotBeReturnedIsLoggedAndTheCallbackCalled)
+{
+    const auto notified = subscribe(*subscriber, Kind::Notifier, Filter(InstanceState::Disposed));
+    const auto handle = subscribe(*subscriber, Kind::Async, {}, [&] { ++calls; });
+    const Fault fault("DataReader::return_loan", RETCODE_ERROR, {.fromCall = 2, .work = Fault::Work::Done});
+    const LogCapture log;
+    publishPositions(*publisher, 1);
+    EXPECT_EQ(recordsOf(log),
+              records({error(managerLogger, "errMsg:Subscription manager listener failed to return loaned "
+                                            "data back to the middle-layer code:1")}));
+    EXPECT_EQ(calls, 1);
+}
+
 TEST_F(SubscriptionFaultsTest, SampleWhoseStatesFitNoEventIsReportedToDds)
 {
     const auto handle = subscribe(*subscriber, Kind::Async, Filter(InstanceState::Any), [&] { ++calls; });
     {
-        const DoctoredSamples doctored("DataReader::take", loseViewState);
+        const DoctoredSamples doctored("DataReader::take_next_sample", loseViewState);
         EXPECT_EQ(thrownText<PlexException>([&] { publishPositions(*publisher, 1); }),
                   "Plex InstanceEvent can not be deduced from sampleInfo");
     }
@@ -113,7 +139,7 @@ TEST_F(SubscriptionFaultsTest, SampleOfNeitherNewNorKnownInstanceMatchesNoEventS
     const auto handle =
         subscribe(*subscriber, Kind::Async,
                   Filter(InstanceState::Any, {InstanceEvent::New, InstanceEvent::Update}), [&] { ++calls; });
-    const DoctoredSamples doctored("DataReader::take", loseViewState);
+    const DoctoredSamples doctored("DataReader::take_next_sample", loseViewState);
     EXPECT_NO_THROW(publishPositions(*publisher, 1));
     EXPECT_EQ(calls, 0);
 }
@@ -126,7 +152,7 @@ TEST_F(SubscriptionFaultsTest, SampleOfADisposedInstanceIsGoneAlthoughItsViewSta
     for (const auto state : {dds::NOT_ALIVE_DISPOSED_INSTANCE_STATE, dds::NOT_ALIVE_NO_WRITERS_INSTANCE_STATE,
                              static_cast<dds::InstanceStateKind>(dds::NOT_ALIVE_DISPOSED_INSTANCE_STATE |
                                                                  dds::NOT_ALIVE_NO_WRITERS_INSTANCE_STATE)}) {
-        const DoctoredSamples doctored("DataReader::take", [state](dds::SampleInfo& info) {
+        const DoctoredSamples doctored("DataReader::take_next_sample", [state](dds::SampleInfo& info) {
             info.instance_state = state;
             info.view_state = dds::NEW_VIEW_STATE;
         });

@@ -11,7 +11,6 @@
 
 #include <fastdds/dds/subscriber/DataReaderListener.hpp>
 
-#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -116,6 +115,10 @@ private:
 
     /// Takes the next sample, in any state, into the members for it. @returns whether there was one.
     bool takeNext();
+    bool takeNextInAnyState();
+
+    /// Gives samples back when it ends.
+    internal::LoanGuard<typename ST::DdsType> guardLoan(Samples& samples) const;
 
     /// Calls back for a sample unless the QoS or the filter holds it back. @param makeData gives its value.
     template <class MakeData>
@@ -129,11 +132,12 @@ private:
     std::shared_ptr<internal::dds::DataReader> reader_; ///< empty after the shutdown
     Registry<SubscriptionInfo> asyncRegistry_;
     Registry<NotifierSubscriptionInfo> notifierRegistry_;
-    bool moreData_ = false;                                          ///< data came from inside a callback
-    internal::dds::LoanableSequence<typename ST::DdsType> taken_{1}; ///< holds the sample being dispatched
-    internal::dds::SampleInfoSeq takenInfo_{1};                      ///< its info
-    ST takenAdapter_;                                                ///< views it
-    const std::shared_ptr<T> takenData_;                             ///< the adapter, which it does not own
+    bool moreData_ = false;               ///< data came from inside a callback
+    bool notified_ = false;               ///< a notifier has been served, so samples may be marked as read
+    typename ST::DdsType taken_;          ///< the sample being dispatched
+    internal::dds::SampleInfo takenInfo_; ///< its info
+    ST takenAdapter_;                     ///< views it
+    const std::shared_ptr<T> takenData_;  ///< the adapter, which it does not own
 
     mutable internal::DispatchMutex syncMutex_; ///< guards the registry below
     Registry<SubscriptionInfo> syncRegistry_;

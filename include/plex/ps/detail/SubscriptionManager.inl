@@ -74,7 +74,7 @@ SubscriptionManager<T, ST>::SubscriptionManager(DdsSubscriber<T, ST>& owner,
                                                 std::shared_ptr<internal::dds::DataReader> reader)
     : owner_(owner)
     , reader_(std::move(reader))
-    , takenAdapter_((taken_.length(1), taken_[0]), ovra::plex::icd::dds::Borrow{})
+    , takenAdapter_(taken_, ovra::plex::icd::dds::Borrow{})
     , takenData_(std::shared_ptr<void>(), &takenAdapter_)
 {
 }
@@ -239,11 +239,9 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
     for (auto& [id, subscription] : notifierRegistry_) {
         subscription.matched = false;
     }
+    notified_ = true;
     const auto makeGuard = [&](Samples& samples) {
-        return internal::LoanGuard(
-            *reader_, samples, logger_,
-            "Subscription manager listener failed to return loaned data back to the middle-layer",
-            internal::OnRefusal::GoOn);
+        return guardLoan(samples);
     };
     const auto match = [&](const Samples& samples) {
         for (auto& [id, subscription] : notifierRegistry_) {
@@ -269,11 +267,11 @@ template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToListeners()
 {
     while (takeNext()) {
-        if (!takenInfo_[0].valid_data) {
+        if (!takenInfo_.valid_data) {
             continue;
         }
         for (const auto& [id, subscription] : asyncRegistry_) {
-            dispatch(subscription, takenInfo_[0], [&] { return takenData_; });
+            dispatch(subscription, takenInfo_, [&] { return takenData_; });
         }
     }
 }
@@ -281,12 +279,34 @@ void SubscriptionManager<T, ST>::dispatchToListeners()
 template <class T, class ST>
 bool SubscriptionManager<T, ST>::takeNext()
 {
-    // Not take_next_sample(), which passes over samples that a notifier's look has marked as read.
-    taken_.length(0);
-    takenInfo_.length(0);
-    return internal::code(reader_->take(taken_, takenInfo_, 1, internal::dds::ANY_SAMPLE_STATE,
-                                        internal::dds::ANY_VIEW_STATE, internal::dds::ANY_INSTANCE_STATE)) ==
-           internal::RETCODE_OK;
+    if (notified_) {
+        return takeNextInAnyState(); // a look marks samples as read, and take_next_sample() passes over these
+    }
+    return internal::code(reader_->take_next_sample(&taken_, &takenInfo_)) == internal::RETCODE_OK;
+}
+
+template <class T, class ST>
+bool SubscriptionManager<T, ST>::takeNextInAnyState()
+{
+    Samples samples;
+    if (internal::take(*reader_, samples, 1) != internal::RETCODE_OK) {
+        return false;
+    }
+    const auto guard = guardLoan(samples);
+    takenInfo_ = samples.infos[0];
+    if (takenInfo_.valid_data) {
+        taken_ = samples.data[0];
+    }
+    return true;
+}
+
+template <class T, class ST>
+internal::LoanGuard<typename ST::DdsType> SubscriptionManager<T, ST>::guardLoan(Samples& samples) const
+{
+    return internal::LoanGuard(
+        *reader_, samples, logger_,
+        "Subscription manager listener failed to return loaned data back to the middle-layer",
+        internal::OnRefusal::GoOn);
 }
 
 template <class T, class ST>
