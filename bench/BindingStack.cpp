@@ -47,7 +47,8 @@ public:
         , subscription_(
               subscriber_->subscribeAsync(ovra::plex::ps::DataEventFilter<AltAz>(),
                                           [handler](auto&, const ovra::plex::ps::DataEvent<AltAz>& event) {
-                                              handler({event.getData()->getAlt(), event.getData()->getAz()});
+                                              const AltAz& position = *event.getData();
+                                              handler({position.getAlt(), position.getAz()});
                                           }))
     {
     }

@@ -225,7 +225,7 @@ Slice reaching(std::shared_ptr<BareWriter> writer, std::shared_ptr<Clock::time_p
             require(*reached != Clock::time_point() && held != nullptr, "no callback");
             times.push_back(nanoseconds(start, *reached));
         }
-        return median(times);
+        return middleMean(std::move(times));
     };
 }
 
