@@ -186,6 +186,18 @@ TEST_F(SubscriberTest, CreationIsTraced)
               1);
 }
 
+TEST_F(SubscriberTest, BestEffortReaderOfTheHighRateLibraryHearsItsWriter)
+{
+    Properties properties{{"dds.qos.profile.file", PROFILE_FILE}, {"dds.qos.profile.library", "high-rate"}};
+    const auto publisher = this->publisher({}, properties);
+    const auto reliable = this->subscriber({}, properties);
+    properties["dds.qos.profile.reader"] = "high-rate.best-effort-reader";
+    const auto bestEffort = this->subscriber({}, properties);
+    publishPositions(*publisher, 2);
+    EXPECT_THAT(altitudes(bestEffort->read(0)), ElementsAre(0, 1));
+    EXPECT_THAT(altitudes(reliable->read(0)), ElementsAre(0, 1));
+}
+
 TEST_F(SubscriberTest, MissingReaderAndSubscriberProfilesAreNamedAndNothingIsLeft)
 {
     Properties properties{{"dds.qos.profile.file", PROFILE_FILE},

@@ -100,6 +100,19 @@ TEST_F(EntityQosTest, ListDoesNotTouchWhatIsMadeFromProfiles)
     EXPECT_EQ(readerQos(deadline(1500ms), profiles), readerQos({}, profiles));
 }
 
+TEST_F(EntityQosTest, HighRateReadersDifferInReliabilityOnly)
+{
+    Properties properties{{"dds.qos.profile.file", PROFILE_FILE}, {"dds.qos.profile.library", "high-rate"}};
+    auto reliable = readerQos({}, properties);
+    EXPECT_EQ(reliable.reliability().kind, dds::RELIABLE_RELIABILITY_QOS);
+    properties["dds.qos.profile.reader"] = "high-rate.best-effort-reader";
+    auto bestEffort = readerQos({}, properties);
+    EXPECT_EQ(bestEffort.reliability().kind, dds::BEST_EFFORT_RELIABILITY_QOS);
+    reliable.reliability(bestEffort.reliability());
+    reliable.reliable_reader_qos(bestEffort.reliable_reader_qos()); // of no use to it
+    EXPECT_EQ(bestEffort, reliable);
+}
+
 TEST_F(EntityQosTest, MrvReaderKeepsTheLastSampleWhateverTheListAndTheProfilesSay)
 {
     const std::unique_ptr<ovra::plex::ps::MrvSubscriber<AltAz>> subscriber(
