@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Profiles.hpp"
+
 #include <generated/vexstubif/AltAzPubSubType.hpp>
 #include <plex/ps/internal/fastdds.hpp>
 
@@ -45,16 +47,17 @@ Entity* made(Entity* entity, const char* what)
 class BareTopic
 {
 public:
-    BareTopic(ParticipantPointer participant, const std::string& name, const std::string& library)
+    BareTopic(ParticipantPointer participant, const std::string& name, const Profiles& profiles)
         : participant_(std::move(participant))
     {
         const dds::TypeSupport type(new generated::dds_::vexstubif::AltAzPubSubType());
         type.register_type(participant_.get());
         topic_ = dynamic_cast<dds::Topic*>(participant_->lookup_topicdescription(name));
-        if (topic_ == nullptr && library.empty()) {
+        if (topic_ == nullptr && !profiles.areUsed()) {
             topic_ = participant_->create_topic(name, type.get_type_name(), dds::TopicQos());
         } else if (topic_ == nullptr) {
-            topic_ = participant_->create_topic_with_profile(name, type.get_type_name(), library + ".topic");
+            topic_ = participant_->create_topic_with_profile(name, type.get_type_name(),
+                                                             profiles.library + ".topic");
         }
         made(topic_, "topic");
     }
@@ -74,18 +77,19 @@ private:
 };
 
 /// A writer with the quality of service that the binding gives its own.
-/// @param library of QoS profiles, empty for none.
 class BareWriter
 {
 public:
-    BareWriter(ParticipantPointer participant, const std::string& topic, const std::string& library = {})
-        : topic_(std::move(participant), topic, library)
+    BareWriter(ParticipantPointer participant, const std::string& topic, const Profiles& profiles = {})
+        : topic_(std::move(participant), topic, profiles)
     {
-        if (!library.empty()) {
+        if (profiles.areUsed()) {
             publisher_ =
-                made(topic_.participant().create_publisher_with_profile(library + ".publisher"), "publisher");
+                made(topic_.participant().create_publisher_with_profile(profiles.library + ".publisher"),
+                     "publisher");
             writer_ =
-                made(publisher_->create_datawriter_with_profile(topic_.get(), library + ".writer"), "writer");
+                made(publisher_->create_datawriter_with_profile(topic_.get(), profiles.library + ".writer"),
+                     "writer");
             return;
         }
         dds::DataWriterQos qos;
@@ -126,22 +130,22 @@ private:
 };
 
 /// A reader with the quality of service that the binding gives its own.
-/// @param library of QoS profiles, empty for none.
 class BareReader
 {
 public:
     using Samples = dds::LoanableSequence<WireAltAz>;
 
-    BareReader(ParticipantPointer participant, const std::string& topic, const std::string& library = {},
+    BareReader(ParticipantPointer participant, const std::string& topic, const Profiles& profiles = {},
                dds::DataReaderListener* listener = nullptr)
-        : topic_(std::move(participant), topic, library)
+        : topic_(std::move(participant), topic, profiles)
     {
-        if (!library.empty()) {
-            subscriber_ = made(topic_.participant().create_subscriber_with_profile(library + ".subscriber"),
-                               "subscriber");
-            reader_ =
-                made(subscriber_->create_datareader_with_profile(topic_.get(), library + ".reader", listener),
-                     "reader");
+        if (profiles.areUsed()) {
+            subscriber_ =
+                made(topic_.participant().create_subscriber_with_profile(profiles.library + ".subscriber"),
+                     "subscriber");
+            reader_ = made(
+                subscriber_->create_datareader_with_profile(topic_.get(), profiles.ofReaders(), listener),
+                "reader");
             return;
         }
         dds::DataReaderQos qos;

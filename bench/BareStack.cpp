@@ -13,8 +13,8 @@ namespace
 class BareSender final : public Sender
 {
 public:
-    BareSender(ParticipantPointer participant, const std::string& topic, const std::string& library)
-        : writer_(std::move(participant), topic, library)
+    BareSender(ParticipantPointer participant, const std::string& topic, const Profiles& profiles)
+        : writer_(std::move(participant), topic, profiles)
     {
     }
 
@@ -33,10 +33,10 @@ private:
 class BareReceiver final : public Receiver
 {
 public:
-    BareReceiver(ParticipantPointer participant, const std::string& topic, const std::string& library,
+    BareReceiver(ParticipantPointer participant, const std::string& topic, const Profiles& profiles,
                  Handler handler)
         : listener_(Unpack{std::move(handler)})
-        , reader_(std::move(participant), topic, library, &listener_)
+        , reader_(std::move(participant), topic, profiles, &listener_)
     {
     }
 
@@ -54,12 +54,7 @@ private:
 /// A participant that the binding's transport has made, which also knows the profiles.
 ParticipantPointer makeParticipant(const StackSettings& settings)
 {
-    ovra::plex::Plex::Properties properties;
-    if (!settings.library.empty()) {
-        properties["dds.qos.profile.file"] = settings.profiles;
-        properties["dds.qos.profile.library"] = settings.library;
-    }
-    return ovra::plex::DdsPlex(properties)
+    return ovra::plex::DdsPlex(settings.profiles.properties(settings.profileFile))
         .getDomainParticipant(ovra::plex::Uri("dds+ps://" + std::to_string(settings.domain) + "/any"), {});
 }
 
@@ -67,23 +62,23 @@ class BareStack final : public Stack
 {
 public:
     explicit BareStack(const StackSettings& settings)
-        : library_(settings.library)
+        : profiles_(settings.profiles)
         , participant_(makeParticipant(settings))
     {
     }
 
     std::unique_ptr<Sender> sender(const std::string& topic) override
     {
-        return std::make_unique<BareSender>(participant_, topic, library_);
+        return std::make_unique<BareSender>(participant_, topic, profiles_);
     }
 
     std::unique_ptr<Receiver> receiver(const std::string& topic, Receiver::Handler handler) override
     {
-        return std::make_unique<BareReceiver>(participant_, topic, library_, std::move(handler));
+        return std::make_unique<BareReceiver>(participant_, topic, profiles_, std::move(handler));
     }
 
 private:
-    const std::string library_;
+    const Profiles profiles_;
     const ParticipantPointer participant_;
 };
 

@@ -63,7 +63,7 @@ class BindingStack final : public Stack
 public:
     explicit BindingStack(const StackSettings& settings)
         : domain_(settings.domain)
-        , plex_(ovra::plex::Plex::create(properties(settings)))
+        , plex_(ovra::plex::Plex::create(settings.profiles.properties(settings.profileFile)))
     {
     }
 
@@ -78,16 +78,6 @@ public:
     }
 
 private:
-    static ovra::plex::Plex::Properties properties(const StackSettings& settings)
-    {
-        ovra::plex::Plex::Properties result{{"dds.wait_for_ack.timeout_ms", "0"}};
-        if (!settings.library.empty()) {
-            result["dds.qos.profile.file"] = settings.profiles;
-            result["dds.qos.profile.library"] = settings.library;
-        }
-        return result;
-    }
-
     Uri uri(const std::string& topic) const
     {
         return Uri("dds+ps://" + std::to_string(domain_) + "/" + topic);

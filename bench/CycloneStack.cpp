@@ -115,7 +115,7 @@ class CycloneStack final : public Stack
 {
 public:
     explicit CycloneStack(const StackSettings& settings)
-        : reliable_(settings.isReliable())
+        : reliable_(settings.isReliable)
         , participant_(dds_create_participant(settings.domain + domainOffset, nullptr, nullptr),
                        "participant")
     {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Profiles.hpp"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -18,12 +20,10 @@ struct Horizontal {
 /// Where and how two processes meet.
 struct StackSettings {
     unsigned domain = 1;
-    std::string profiles;   ///< XML file of QoS profiles
-    std::string library;    ///< of QoS profiles; empty: the default QoS
-    std::string socketPath; ///< beginning of the names of local sockets
-
-    /// Whether samples must not be lost. By default readers are best-effort.
-    bool isReliable() const { return !library.empty(); }
+    std::string profileFile; ///< has the QoS profiles
+    Profiles profiles;
+    bool isReliable = false; ///< whether samples must not be lost, as the profiles have it
+    std::string socketPath;  ///< beginning of the names of local sockets
 };
 
 /// Sends on one topic.

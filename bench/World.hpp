@@ -2,6 +2,7 @@
 #pragma once
 
 #include "BareEntities.hpp"
+#include "Profiles.hpp"
 
 #include <generated/vexstubif/Factories.hpp>
 #include <keyed/Factories.hpp>
@@ -20,33 +21,32 @@ using Position = vexstubif::AltAz;
 class World
 {
 public:
-    /// @param profiles file of QoS profiles.
-    explicit World(std::string profiles) : profiles_(std::move(profiles)) {}
+    /// @param profileFile has the QoS profiles.
+    explicit World(std::string profileFile) : profileFile_(std::move(profileFile)) {}
 
     std::string newTopic() { return "bench/" + std::to_string(++topics_); }
 
-    /// @param library of QoS profiles, empty for none, here and below.
-    ParticipantPointer participant(const std::string& library = {})
+    ParticipantPointer participant(const Profiles& profiles = {})
     {
-        auto& held = library.empty() ? plain_ : profiled_;
+        auto& held = profiles.areUsed() ? profiled_ : plain_;
         if (held == nullptr) {
-            held = plex_->getDomainParticipant(uri("bench"), properties(library));
+            held = plex_->getDomainParticipant(uri("bench"), properties(profiles));
         }
         return held;
     }
 
     std::shared_ptr<ovra::plex::ps::Publisher<Position>> publisher(const std::string& topic,
-                                                                   const std::string& library = {})
+                                                                   const Profiles& profiles = {})
     {
         return std::shared_ptr<ovra::plex::ps::Publisher<Position>>(
-            generated_dds_Publisher_vexstubif_AltAz(plex_, uri(topic), {}, properties(library)));
+            generated_dds_Publisher_vexstubif_AltAz(plex_, uri(topic), {}, properties(profiles)));
     }
 
     std::shared_ptr<ovra::plex::ps::Subscriber<Position>> subscriber(const std::string& topic,
-                                                                     const std::string& library = {})
+                                                                     const Profiles& profiles = {})
     {
         return std::shared_ptr<ovra::plex::ps::Subscriber<Position>>(
-            generated_dds_Subscriber_vexstubif_AltAz(plex_, uri(topic), {}, properties(library)));
+            generated_dds_Subscriber_vexstubif_AltAz(plex_, uri(topic), {}, properties(profiles)));
     }
 
     std::shared_ptr<ovra::plex::ps::Publisher<keyed::Channel>> channelPublisher(const std::string& topic)
@@ -68,15 +68,15 @@ public:
         return value;
     }
 
-    std::shared_ptr<BareWriter> bareWriter(const std::string& topic, const std::string& library = {})
+    std::shared_ptr<BareWriter> bareWriter(const std::string& topic, const Profiles& profiles = {})
     {
-        return std::make_shared<BareWriter>(participant(library), topic, library);
+        return std::make_shared<BareWriter>(participant(profiles), topic, profiles);
     }
 
-    std::shared_ptr<BareReader> bareReader(const std::string& topic, const std::string& library = {},
+    std::shared_ptr<BareReader> bareReader(const std::string& topic, const Profiles& profiles = {},
                                            dds::DataReaderListener* listener = nullptr)
     {
-        return std::make_shared<BareReader>(participant(library), topic, library, listener);
+        return std::make_shared<BareReader>(participant(profiles), topic, profiles, listener);
     }
 
 private:
@@ -85,17 +85,12 @@ private:
         return ovra::plex::Uri("dds+ps://" + std::to_string(domain_) + "/" + topic);
     }
 
-    ovra::plex::Plex::Properties properties(const std::string& library) const
+    ovra::plex::Plex::Properties properties(const Profiles& profiles) const
     {
-        ovra::plex::Plex::Properties result{{"dds.wait_for_ack.timeout_ms", "0"}};
-        if (!library.empty()) {
-            result["dds.qos.profile.file"] = profiles_;
-            result["dds.qos.profile.library"] = library;
-        }
-        return result;
+        return profiles.properties(profileFile_);
     }
 
-    const std::string profiles_;
+    const std::string profileFile_;
     const int domain_ = 1 + getpid() % 90;
     const std::shared_ptr<ovra::plex::DdsPlex> plex_ =
         std::make_shared<ovra::plex::DdsPlex>(ovra::plex::Plex::Properties{});

@@ -88,7 +88,7 @@ class ZeroMqStack final : public Stack
 {
 public:
     explicit ZeroMqStack(const StackSettings& settings)
-        : reliable_(settings.isReliable())
+        : reliable_(settings.isReliable)
         , address_("ipc://" + settings.socketPath + "-")
         , context_(zmq_ctx_new(), zmq_ctx_term)
     {

@@ -342,8 +342,10 @@ int main(int argc, char** argv)
     app.add_option("--role", role)->required()->check(CLI::IsMember({"ping", "pong", "source", "sink"}));
     app.add_option("--stack", stacks, "binding, bare, cyclone or zeromq")->required();
     app.add_option("--domain", settings.domain, "DDS domain")->required();
-    app.add_option("--profiles", settings.profiles, "XML file of QoS profiles");
-    app.add_option("--library", settings.library, "library of profiles to use");
+    app.add_option("--profiles", settings.profileFile, "XML file of QoS profiles");
+    app.add_option("--library", settings.profiles.library, "library of profiles to use");
+    app.add_option("--reader", settings.profiles.reader, "profile of readers, instead of the library's");
+    app.add_flag("--reliable", settings.isReliable, "for stacks without profiles: lose nothing");
     app.add_option("--sockets", settings.socketPath, "beginning of the names of local sockets");
     app.add_flag_callback("--list-stacks", plex::bench::listStacks, "print the names of stacks, and end");
     CLI11_PARSE(app, argc, argv);
