@@ -3,6 +3,7 @@
 #include "TemporaryDirectory.hpp"
 
 #include <plex/dds/DdsPlex.hpp>
+#include <plex/ps/internal/fastdds.hpp>
 
 #include <fastdds/dds/domain/DomainParticipant.hpp>
 #include <fastdds/dds/domain/qos/DomainParticipantQos.hpp>
@@ -66,6 +67,16 @@ TEST_F(ProfileFile, GivesTheParticipantsProfile)
 {
     const auto file = directory_.write("profiles.xml", profiles(library_, "Ann"));
     EXPECT_EQ(participantName(file, library_), "Ann");
+}
+
+TEST_F(ProfileFile, ThatIsShippedAnnouncesParticipantsEverySecond)
+{
+    for (const auto* const library : {"reliable", "latched", "latest-only", "high-rate"}) {
+        const auto participant = plex_->getDomainParticipant(testUri(), properties(PROFILE_FILE, library));
+        const auto& discovery = participant->get_qos().wire_protocol().builtin.discovery_config;
+        EXPECT_EQ(discovery.leaseDuration_announcementperiod, ovra::plex::ps::internal::Duration_t(1, 0))
+            << library;
+    }
 }
 
 TEST_F(ProfileFile, GivesEachProfileItsOwnParticipant)
