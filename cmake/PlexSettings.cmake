@@ -19,6 +19,10 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_BUILD_RPATH $ORIGIN)
 set(CMAKE_INSTALL_RPATH $ORIGIN)
 
+# Processors fetch code in blocks of 32 bytes or more. Where functions begin at one, what a call costs depends less
+# on what lies before it: a loaned read differed by 4 % from one build to the next.
+add_compile_options(-falign-functions=32)
+
 add_library(plex-warnings INTERFACE)
 target_compile_options(plex-warnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror
