@@ -534,7 +534,7 @@ private:
         };
         add("best-effort, default QoS", {}, 0.0);
         add("best-effort, high-rate profile", {"high-rate", "high-rate.best-effort-reader"}, 250e3);
-        add("reliable, high-rate profile", {"high-rate", {}}, 0.0);
+        add("reliable, high-rate profile", {"high-rate", {}}, 250e3);
     }
 
     void memory()
