@@ -3,6 +3,7 @@
 
 #include <generated/vexstubif/AltAz.hpp>
 #include <generated/vexstubif/AltAzPubSubType.hpp>
+#include <plex/ps/internal/Entities.hpp>
 
 #include <fastdds/dds/publisher/DataWriter.hpp>
 #include <fastdds/dds/publisher/Publisher.hpp>
@@ -13,6 +14,7 @@
 #include <fastdds/dds/topic/TypeSupport.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -160,9 +162,12 @@ private:
         auto* const reader = subscriber->create_datareader(topic, dds::DataReaderQos());
         auto* const publisher = holder_->create_publisher(dds::PublisherQos());
         const auto round = [&](int) {
-            publisher->delete_datawriter(publisher->create_datawriter(topic, dds::DataWriterQos()));
+            const ovra::plex::ps::internal::ShortestLife life;
+            auto* const writer = publisher->create_datawriter(topic, dds::DataWriterQos());
+            life.await();
+            publisher->delete_datawriter(writer);
         };
-        constexpr int rounds = 1000;
+        constexpr int rounds = 300;
         repeat(round, rounds / 5);
         const auto before = allocatedBytes();
         repeat(round, rounds);
@@ -193,6 +198,21 @@ private:
     const std::shared_ptr<dds::DomainParticipant> holder_ = participant();
     const std::string processPart_ = processPart();
 };
+
+/// Sooner, Fast DDS may still be looking at what the entity has just met.
+TEST_F(LifeCycleTest, OfAnEntityTakesLongEnough)
+{
+    const auto sensors = sensorPublisher();
+    const auto lifeOf = [](auto create) {
+        const auto start = std::chrono::steady_clock::now();
+        create()->close();
+        return std::chrono::steady_clock::now() - start;
+    };
+    EXPECT_GE(lifeOf([&] { return sensorPublisher(); }), 2ms);
+    EXPECT_GE(lifeOf([&] { return sensors->createInstancePublisher(*sensor("one")); }), 2ms);
+    EXPECT_GE(lifeOf([&] { return sensorSubscriber(); }), 2ms);
+    EXPECT_GE(lifeOf([&] { return mrvSensorSubscriber(); }), 2ms);
+}
 
 TEST_F(LifeCycleTest, OfAPublisherLeavesNothing)
 {

@@ -49,7 +49,7 @@ target_compile_definitions(engine-representation-tests PRIVATE
     NO_INTRAPROCESS_FILE="${CMAKE_CURRENT_LIST_DIR}/NoIntraprocess.xml")
 
 # Leaks show in many rounds; a sanitizer finds them in few, and takes longer for each.
-set(lifeCycleRounds 10000)
+set(lifeCycleRounds 2000)
 if(PLEX_SANITIZE OR PLEX_COVERAGE)
     set(lifeCycleRounds 500)
 endif()
