@@ -12,7 +12,7 @@ namespace
 {
 
 /// A domain of its own, so that the other DDS does not look at its discovery.
-constexpr unsigned domainOffset = 100;
+constexpr unsigned domainOffset = 50;
 
 dds_entity_t made(dds_entity_t entity, const char* what)
 {
