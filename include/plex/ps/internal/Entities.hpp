@@ -35,9 +35,9 @@ inline Duration_t toDuration(std::int64_t milliseconds)
 }
 
 /// The shortest time that a data writer or reader lives. When a writer and a reader of one process meet, Fast
-/// DDS lets the participant's event thread look at the reader once, within some 0.1 ms, and that look does not
-/// hold the lock under which the deletion of either clears what it reads: it may end in a segmentation fault
-/// (2.14 to 3.6 at least). An entity made just now is therefore deleted only when the look is over.
+/// DDS lets the participant's event thread look at the reader once, within some 0.1 ms, and that look does
+/// not hold the lock under which the deletion of either clears what it reads: it may end in a segmentation
+/// fault (2.14 to 3.6 at least). An entity made just now is therefore deleted only when the look is over.
 class ShortestLife
 {
 public:
@@ -135,8 +135,8 @@ inline std::shared_ptr<dds::DataReader> holdReader(std::shared_ptr<dds::Subscrib
                                                    const log4cplus::Logger& logger,
                                                    const std::string& failureText)
 {
-    return {reader, [subscriber = std::move(subscriber), topic = std::move(topic), logger,
-                     failureText, life = ShortestLife()](dds::DataReader* held) {
+    return {reader, [subscriber = std::move(subscriber), topic = std::move(topic), logger, failureText,
+                     life = ShortestLife()](dds::DataReader* held) {
                 life.await();
                 const auto result = code(subscriber->delete_datareader(held));
                 if (result != RETCODE_OK) {
