@@ -11,7 +11,8 @@ namespace plex::bench
 namespace
 {
 
-/// A domain of its own, so that the other DDS does not look at its discovery.
+/// A domain of its own, behind those that run-bench gives out, so that the other DDS does not look at its
+/// discovery.
 constexpr unsigned domainOffset = 50;
 
 dds_entity_t made(dds_entity_t entity, const char* what)

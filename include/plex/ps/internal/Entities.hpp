@@ -35,9 +35,10 @@ inline Duration_t toDuration(std::int64_t milliseconds)
 }
 
 /// The shortest time that a data writer or reader lives. When a writer and a reader of one process meet, Fast
-/// DDS lets the participant's event thread look at the reader once, within some 0.1 ms, and that look does
+/// DDS has the participant's event thread look at the reader once, as soon as it wakes, and that look does
 /// not hold the lock under which the deletion of either clears what it reads: it may end in a segmentation
-/// fault (2.14 to 3.6 at least). An entity made just now is therefore deleted only when the look is over.
+/// fault (2.14 to 3.6 at least). DDS tells nobody when the look is over, so an entity made just now is given
+/// ample time for it.
 class ShortestLife
 {
 public:
