@@ -136,7 +136,8 @@ public:
     {
         double seconds = 0.0;
         double rate = 0.0;
-        arguments >> seconds >> rate;
+        std::uint64_t multiple = 1;
+        arguments >> seconds >> rate >> multiple;
         const auto start = Clock::now();
         const auto end =
             start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
@@ -146,9 +147,7 @@ public:
         if (rate > 0.0) {
             paced(start, end, rate);
         } else {
-            while (Clock::now() < end) {
-                send();
-            }
+            unpaced(end, multiple);
         }
         return {{"stream", stream_},
                 {"sent", sent_},
@@ -160,6 +159,14 @@ private:
     void send()
     {
         ++(sender_->send({static_cast<double>(sent_), static_cast<double>(stream_)}) ? sent_ : refused_);
+    }
+
+    /// Sends until the time is over and the number of values is a multiple of this one.
+    void unpaced(Clock::time_point end, std::uint64_t multiple)
+    {
+        do {
+            send();
+        } while (Clock::now() < end || (sent_ + refused_) % multiple != 0);
     }
 
     /// Sends what is due, then sleeps; behind time it does not sleep.
