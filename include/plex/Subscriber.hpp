@@ -44,7 +44,8 @@ public:
     /// Takes the values received so far, oldest first, at most maxSamples of them (0: no limit). Never
     /// waits.
     /// @throws IllegalStateException when the subscriber is closed.
-    /// @throws PlexException when the transport fails.
+    /// @throws PlexException when the transport fails; once it has given values, they are returned and the
+    ///         failure is logged only.
     virtual std::vector<std::shared_ptr<T>> read(std::size_t maxSamples) = 0;
 
     /// Takes one value of the instance whose key the given value carries; empty when there is none.

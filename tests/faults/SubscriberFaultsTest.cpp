@@ -34,6 +34,25 @@ TEST_F(SubscriberFaultsTest, FailedReadIsReportedAndLeavesTheSamples)
     EXPECT_THAT(altitudes(subscriber->read(0)), ElementsAre(0, 1));
 }
 
+TEST_F(SubscriberFaultsTest, ReadThatFailsLaterOnReturnsWhatItHasTaken)
+{
+    const auto publisher = this->publisher();
+    const auto subscriber = this->subscriber();
+    publishPositions(*publisher, 50); // more than DDS gives at a time
+    std::size_t taken = 0;
+    {
+        const LogCapture log;
+        const Fault fault("DataReader::take", internal::RETCODE_ERROR, {.fromCall = 2});
+        taken = subscriber->read(0).size();
+        EXPECT_EQ(recordsOf(log),
+                  records({error(logger, "errMsg:Reader take failed for dds subscriber. Uri:" + uriText() +
+                                             " code:1")}));
+        EXPECT_THROW(subscriber->read(0), PlexException);
+    }
+    EXPECT_GT(taken, 0U);
+    EXPECT_EQ(subscriber->read(0).size(), 50 - taken);
+}
+
 TEST_F(SubscriberFaultsTest, FailedReadOfAnInstanceIsReportedAndLeavesTheSample)
 {
     const auto publisher = sensorPublisher();

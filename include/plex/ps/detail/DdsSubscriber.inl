@@ -204,8 +204,15 @@ std::vector<std::shared_ptr<T>> DdsSubscriber<T, ST>::read(std::size_t maxCount)
         Samples samples;
         const auto result =
             internal::take(*reader, samples, internal::sampleLimit(maxCount == 0 ? 0 : maxCount - taken));
-        if (!checkTaken(result, "Reader take failed for dds subscriber.")) {
-            break;
+        try {
+            if (!checkTaken(result, "Reader take failed for dds subscriber.")) {
+                break;
+            }
+        } catch (const PlexException&) {
+            if (values.empty()) {
+                throw;
+            }
+            break; // what was taken is not lost with it: a failure that lasts meets the next call
         }
         const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
         taken += static_cast<std::size_t>(samples.size());
