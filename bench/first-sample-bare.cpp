@@ -25,5 +25,10 @@ int main(int argc, char** argv)
     plex::bench::BareListener<decltype(note)> listener(note);
     const auto participant = plex::bench::makeBareParticipant(static_cast<unsigned>(std::stoul(argv[1])));
     const plex::bench::BareReader reader(participant, argv[2], {}, &listener);
-    std::cout << first.get_future().get().time_since_epoch().count() << '\n';
+    auto arrival = first.get_future();
+    if (arrival.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+        std::cerr << argv[0] << ": no sample came\n";
+        return 1;
+    }
+    std::cout << arrival.get().time_since_epoch().count() << '\n';
 }

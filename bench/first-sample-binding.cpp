@@ -27,5 +27,10 @@ int main(int argc, char** argv)
                                            first.set_value(Clock::now());
                                        }
                                    });
-    std::cout << first.get_future().get().time_since_epoch().count() << '\n';
+    auto arrival = first.get_future();
+    if (arrival.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+        std::cerr << argv[0] << ": no sample came\n";
+        return 1;
+    }
+    std::cout << arrival.get().time_since_epoch().count() << '\n';
 }
