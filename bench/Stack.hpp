@@ -64,12 +64,6 @@ public:
     virtual std::unique_ptr<Receiver> receiver(const std::string& topic, Receiver::Handler handler) = 0;
 };
 
-/// A kind of stack, by its name.
-struct StackKind {
-    std::string name;
-    std::function<std::unique_ptr<Stack>(const StackSettings&)> make;
-};
-
 std::unique_ptr<Stack> makeBindingStack(const StackSettings& settings);
 std::unique_ptr<Stack> makeBareStack(const StackSettings& settings);
 std::unique_ptr<Stack> makeCycloneStack(const StackSettings& settings);

@@ -251,7 +251,8 @@ private:
     const std::unique_ptr<Receiver> receiver_;
 };
 
-std::vector<StackKind> stackKinds()
+/// How the stacks are made, by their names.
+std::map<std::string, std::function<std::unique_ptr<Stack>(const StackSettings&)>> stackKinds()
 {
     return {{"binding", makeBindingStack},
             {"bare", makeBareStack},
@@ -309,21 +310,20 @@ private:
 
 void listStacks()
 {
-    for (const auto& kind : stackKinds()) {
-        std::cout << kind.name << '\n';
+    for (const auto& [name, make] : stackKinds()) {
+        std::cout << name << '\n';
     }
     throw CLI::Success();
 }
 
 void serve(const std::string& roleName, const std::vector<std::string>& names, const StackSettings& settings)
 {
+    const auto kinds = stackKinds();
     Stacks stacks;
     Roles roles;
-    for (const auto& kind : stackKinds()) {
-        if (std::ranges::find(names, kind.name) != names.end()) {
-            auto& stack = stacks[kind.name] = std::make_unique<NamedStack>(kind.name, kind.make(settings));
-            roles[kind.name] = makeRole(roleName, *stack);
-        }
+    for (const auto& name : names) {
+        auto& stack = stacks[name] = std::make_unique<NamedStack>(name, kinds.at(name)(settings));
+        roles[name] = makeRole(roleName, *stack);
     }
     std::cout << nlohmann::json("ready") << std::endl;
     for (std::string line; std::getline(std::cin, line);) {
@@ -347,7 +347,9 @@ int main(int argc, char** argv)
     std::string role;
     std::vector<std::string> stacks;
     app.add_option("--role", role)->required()->check(CLI::IsMember({"ping", "pong", "source", "sink"}));
-    app.add_option("--stack", stacks, "binding, bare, cyclone or zeromq")->required();
+    app.add_option("--stack", stacks, "stacks, made in this order")
+        ->required()
+        ->check(CLI::IsMember(plex::bench::stackKinds()));
     app.add_option("--domain", settings.domain, "DDS domain")->required();
     app.add_option("--profiles", settings.profileFile, "XML file of QoS profiles");
     app.add_option("--library", settings.profiles.library, "library of profiles to use");
