@@ -192,7 +192,10 @@ MakeSide loaningBinding(World& world)
         const auto subscriber = world.subscriber(topic);
         return reading(world.bareWriter(topic), 1, 20, 5, [=]() -> std::size_t {
             const auto loan = subscriber->loanedRead();
-            const bool zero = loan && loan->getData().getAlt() == 0.0;
+            if (!loan) {
+                return 0;
+            }
+            const bool zero = loan->getData().getAlt() == 0.0;
             loan->close();
             return zero ? 1 : 0;
         });
