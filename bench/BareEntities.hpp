@@ -167,8 +167,6 @@ public:
         topic_.participant().delete_subscriber(subscriber_);
     }
 
-    dds::DataReader& reader() { return *reader_; }
-
     /// Takes samples on loan. @returns whether there were any.
     bool take(Samples& samples, dds::SampleInfoSeq& infos, std::int32_t limit)
     {

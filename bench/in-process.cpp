@@ -587,7 +587,6 @@ private:
 
 } // namespace plex::bench
 
-// NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
 int main(int argc, char** argv)
 {
     CLI::App app{"Measures the binding against bare Fast DDS inside one process"};

@@ -339,7 +339,6 @@ void serve(const std::string& roleName, const std::vector<std::string>& names, c
 
 } // namespace plex::bench
 
-// NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
 int main(int argc, char** argv)
 {
     CLI::App app{"One of two processes that exchange positions; told what to do on standard input"};
