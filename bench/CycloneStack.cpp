@@ -41,7 +41,8 @@ private:
 
 using Qos = std::unique_ptr<dds_qos_t, void (*)(dds_qos_t*)>;
 
-/// The binding's quality of service, in so far as both have it.
+/// The binding's quality of service, in so far as both have it. Writers are always reliable, as the binding's
+/// are, and keep as much as under its profile `reliable`; readers that are not keep as much as by default.
 Qos makeQos(bool reliable)
 {
     Qos qos(dds_create_qos(), dds_delete_qos);

@@ -2,15 +2,16 @@
 // One of two processes that exchange positions over several stacks in turn. It is told what to do on standard
 // input, a command a line, and answers each with a line of JSON:
 //
-//   roundtrips STACK COUNT     (ping)    nanoseconds of each; fewer than asked for when one is lost
-//   send STACK SECONDS RATE    (source)  values a second, 0: as fast as it goes; what was sent, in which
-//   time,
-//                                        and the number of this stream
-//   received STACK STREAM COUNT SECONDS  (sink)  what has arrived of a stream, once it is as much as is
-//   expected
-//                                        or nothing more has come for so long
+//   roundtrips STACK COUNT
+//       To a ping. Answers the nanoseconds of each; fewer than asked for when one is lost.
+//   send STACK SECONDS RATE [MULTIPLE]
+//       To a source. RATE is in values a second; 0: as fast as it goes, and on to a MULTIPLE of values.
+//       Answers the number of this stream, what was sent and what refused, and in which time.
+//   received STACK STREAM COUNT SECONDS
+//       To a sink. Answers what has arrived of a stream, and in which time, once it is as much as COUNT or
+//       nothing more has come for so long.
 //
-// A pong process sends back whatever comes.
+// A pong sends back whatever comes.
 #include "Paired.hpp"
 #include "Stack.hpp"
 

@@ -22,7 +22,8 @@ set(CMAKE_INSTALL_RPATH $ORIGIN)
 # Processors fetch code in blocks of 32 bytes or more. Code that is not touched costs up to 4 % more or less
 # by where it comes to lie from one build to the next; with functions at these blocks, builds were at the lower end.
 # Calls into other libraries go without the table of jumps in between: it is code that falls out of the caches
-# while a process waits for the next value (a callback takes 1.03 instead of 1.045 of a bare listener).
+# while a process waits for the next value (builds with and without it, measured in turns: a callback took 1.033
+# instead of 1.045 of a bare listener).
 add_compile_options(-falign-functions=32 -fno-plt)
 
 add_library(plex-warnings INTERFACE)
