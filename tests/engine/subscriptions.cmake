@@ -14,6 +14,7 @@ plex_add_test(engine-event-tests
     SOURCES
         EventReadTest.cpp
         PollTest.cpp
+        UndecodableTest.cpp
     LIBRARIES plex-dds-vexstubif)
 
 plex_add_test(engine-instance-tests

@@ -129,7 +129,7 @@ private:
     [[noreturn]] void failToTake(internal::ReturnCode result, const char* failureText) const;
 
     /// Whether a sample has a value that the QoS lets pass.
-    bool isDeliverable(const internal::dds::SampleInfo& info) const;
+    bool isDeliverable(const Samples& samples, std::int32_t index) const;
 
     /// The loan's first deliverable sample as the loan's value, or empty.
     std::shared_ptr<LoanedDataEntity<T>> present(std::shared_ptr<DdsLoanedDataEntity> loan) const;

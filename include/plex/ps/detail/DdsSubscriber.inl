@@ -189,9 +189,9 @@ void DdsSubscriber<T, ST>::failToTake(internal::ReturnCode result, const char* f
 }
 
 template <class T, class ST>
-bool DdsSubscriber<T, ST>::isDeliverable(const internal::dds::SampleInfo& info) const
+bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index) const
 {
-    return info.valid_data && !this->isQosExceeded(info);
+    return samples.hasValue(index) && !this->isQosExceeded(samples.infos[index]);
 }
 
 template <class T, class ST>
@@ -217,7 +217,7 @@ std::vector<std::shared_ptr<T>> DdsSubscriber<T, ST>::read(std::size_t maxCount)
         const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
         taken += static_cast<std::size_t>(samples.size());
         for (std::int32_t i = 0; i < samples.size(); ++i) {
-            if (isDeliverable(samples.infos[i])) {
+            if (isDeliverable(samples, i)) {
                 values.push_back(createDataEntityFrom<T, ST>(samples.data[i]));
             }
         }
@@ -240,7 +240,7 @@ std::shared_ptr<T> DdsSubscriber<T, ST>::readInstance(const T& value)
     }
     const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
     for (std::int32_t i = 0; i < samples.size(); ++i) {
-        if (isDeliverable(samples.infos[i])) {
+        if (isDeliverable(samples, i)) {
             return createDataEntityFrom<T, ST>(samples.data[i]);
         }
     }
@@ -291,7 +291,7 @@ DdsSubscriber<T, ST>::present(std::shared_ptr<DdsLoanedDataEntity> loan) const
 {
     Samples& samples = loan->samples();
     for (std::int32_t i = 0; i < samples.size(); ++i) {
-        if (isDeliverable(samples.infos[i])) {
+        if (isDeliverable(samples, i)) {
             loan->view(samples.data[i]);
             return loan;
         }

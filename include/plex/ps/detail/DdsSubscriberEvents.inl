@@ -52,7 +52,7 @@ void DdsSubscriber<T, ST>::appendEvents(const Samples& samples, EventRead& read)
 {
     for (std::int32_t i = 0; i < samples.size() && read.remaining > 0; ++i) {
         const auto& info = samples.infos[i];
-        if (isDeliverable(info) && read.filter.matches(info)) {
+        if (isDeliverable(samples, i) && read.filter.matches(info)) {
             read.events.push_back(
                 std::make_shared<DdsDataEvent<T>>(internal::toSeconds(info.source_timestamp), true,
                                                   createDataEntityFrom<T, ST>(samples.data[i]),

@@ -97,7 +97,7 @@ MrvDdsSubscriber<T, ST>::readMostRecent(const std::chrono::milliseconds& timeout
     };
     std::vector<std::shared_ptr<T>> values;
     const auto append = [&](const Samples& samples) {
-        if (!samples.infos[0].valid_data) {
+        if (!samples.hasValue(0)) {
             return; // a change of state without a value, for instance one of several writers went
         }
         auto value = createDataEntityInternal<T, ST>();

@@ -282,7 +282,10 @@ bool SubscriptionManager<T, ST>::takeNext()
     if (notified_) {
         return takeNextInAnyState(); // a look marks samples as read, and take_next_sample() passes over these
     }
-    return internal::code(reader_->take_next_sample(&taken_, &takenInfo_)) == internal::RETCODE_OK;
+    const internal::RefusedPayloads refused; // Fast DDS passes over them here
+    const auto result = internal::code(reader_->take_next_sample(&taken_, &takenInfo_));
+    internal::report(refused, *reader_);
+    return result == internal::RETCODE_OK;
 }
 
 template <class T, class ST>
@@ -294,6 +297,7 @@ bool SubscriptionManager<T, ST>::takeNextInAnyState()
     }
     const auto guard = guardLoan(samples);
     takenInfo_ = samples.infos[0];
+    takenInfo_.valid_data = samples.hasValue(0);
     if (takenInfo_.valid_data) {
         taken_ = samples.data[0];
     }
@@ -324,7 +328,7 @@ void SubscriptionManager<T, ST>::dispatchToSync(const Samples& samples)
     const internal::DispatchMutex::Pass pass(syncMutex_);
     for (const auto& [id, subscription] : syncRegistry_) {
         for (std::int32_t i = 0; i < samples.size(); ++i) {
-            if (samples.infos[i].valid_data) {
+            if (samples.hasValue(i)) {
                 dispatch(subscription, samples.infos[i],
                          [&] { return createDataEntityFrom<T, ST>(samples.data[i]); });
             }

@@ -2,15 +2,18 @@
 #pragma once
 
 #include <plex/ps/internal/Entities.hpp>
+#include <plex/ps/internal/RefusedPayloads.hpp>
 
 #include <fastdds/dds/core/LoanableSequence.hpp>
 #include <fastdds/dds/subscriber/SampleInfo.hpp>
+#include <fastdds/dds/topic/TopicDescription.hpp>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <limits>
+#include <vector>
 
 /// Samples on loan from a reader.
 namespace ovra::plex::ps::internal
@@ -22,8 +25,15 @@ template <class DdsType>
 struct LoanedSamples {
     dds::LoanableSequence<DdsType> data;
     dds::SampleInfoSeq infos;
+    std::vector<std::int32_t> undecoded; ///< those whose memory holds something else than what was sent
 
     std::int32_t size() const { return infos.length(); }
+
+    /// Whether a sample comes with a value: it has valid data, and could be decoded.
+    bool hasValue(std::int32_t index) const
+    {
+        return infos[index].valid_data && std::ranges::find(undecoded, index) == undecoded.end();
+    }
 
     /// Whether there is anything to give back.
     bool areOnLoan() const { return !data.has_ownership(); }
@@ -37,12 +47,43 @@ inline std::int32_t sampleLimit(std::size_t count) noexcept
     return count == 0 ? dds::LENGTH_UNLIMITED : static_cast<std::int32_t>(std::min(count, largest));
 }
 
+/// Logs at WARN how many samples a take or read has passed over, if any.
+inline void report(const RefusedPayloads& refused, const dds::DataReader& reader)
+{
+    if (refused.areAny()) {
+        const auto* const topic = reader.get_topicdescription();
+        LOG4CPLUS_WARN(log4cplus::Logger::getInstance("plexDdsBasePubSub"),
+                       "Passed over " << refused.count() << " samples of topic " << topic->get_name()
+                                  << " that can not be decoded as " << topic->get_type_name());
+    }
+}
+
+/// Fills loaned samples by a take or read, and marks those that could not be decoded: Fast DDS lends them out like
+/// the others, with whatever their memory held before.
+template <class DdsType, class Operation>
+ReturnCode fill(LoanedSamples<DdsType>& samples, dds::DataReader& reader, Operation operation)
+{
+    const RefusedPayloads refused;
+    const auto result = code(operation());
+    if (refused.areAny()) {
+        for (std::int32_t i = 0; i < samples.size(); ++i) {
+            if (samples.infos[i].valid_data && refused.contain(&samples.data[i])) {
+                samples.undecoded.push_back(i);
+            }
+        }
+        report(refused, reader);
+    }
+    return result;
+}
+
 /// Takes samples in any state. @param limit see sampleLimit().
 template <class DdsType>
 ReturnCode take(dds::DataReader& reader, LoanedSamples<DdsType>& samples, std::int32_t limit)
 {
-    return code(reader.take(samples.data, samples.infos, limit, dds::ANY_SAMPLE_STATE, dds::ANY_VIEW_STATE,
-                            dds::ANY_INSTANCE_STATE));
+    return fill(samples, reader, [&] {
+        return reader.take(samples.data, samples.infos, limit, dds::ANY_SAMPLE_STATE, dds::ANY_VIEW_STATE,
+                           dds::ANY_INSTANCE_STATE);
+    });
 }
 
 /// Takes at most one sample of an instance, in any state.
@@ -52,9 +93,10 @@ template <class DdsType>
 ReturnCode takeInstance(dds::DataReader& reader, LoanedSamples<DdsType>& samples,
                         const InstanceHandle_t& instance)
 {
-    const auto result =
-        code(reader.take_instance(samples.data, samples.infos, 1, instance, dds::ANY_SAMPLE_STATE,
-                                  dds::ANY_VIEW_STATE, dds::ANY_INSTANCE_STATE));
+    const auto result = fill(samples, reader, [&] {
+        return reader.take_instance(samples.data, samples.infos, 1, instance, dds::ANY_SAMPLE_STATE,
+                                    dds::ANY_VIEW_STATE, dds::ANY_INSTANCE_STATE);
+    });
     return result == RETCODE_BAD_PARAMETER ? RETCODE_NO_DATA : result;
 }
 
@@ -123,8 +165,10 @@ ReturnCode readInstances(dds::DataReader& reader, dds::InstanceStateMask states,
     InstanceHandle_t previous = dds::HANDLE_NIL;
     do {
         LoanedSamples<DdsType> samples;
-        const auto result = code(reader.read_next_instance(
-            samples.data, samples.infos, 1, previous, dds::ANY_SAMPLE_STATE, dds::ANY_VIEW_STATE, states));
+        const auto result = fill(samples, reader, [&] {
+            return reader.read_next_instance(samples.data, samples.infos, 1, previous, dds::ANY_SAMPLE_STATE,
+                                             dds::ANY_VIEW_STATE, states);
+        });
         if (result == RETCODE_NO_DATA) {
             return RETCODE_OK;
         }

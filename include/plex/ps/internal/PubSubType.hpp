@@ -3,6 +3,7 @@
 
 #include <plex/Export.hpp>
 #include <plex/ps/internal/CdrMembers.hpp>
+#include <plex/ps/internal/RefusedPayloads.hpp>
 #include <plex/ps/internal/fastdds.hpp>
 
 #include <fastcdr/FastBuffer.h>
@@ -88,22 +89,11 @@ public:
     /// @returns false when it is anything else or truncated; the value may then be partly written.
     bool deserialize(SerializedPayload_t* payload, void* data) override
     {
-        eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(payload->data), payload->length);
-        Cdr cdr(buffer, Cdr::DEFAULT_ENDIAN, CdrVersion::XCDRv2);
-        try {
-            cdr.read_encapsulation();
-            payload->encapsulation = encapsulationOf(cdr);
-            const auto encoding = cdr.get_encoding_flag();
-            if (encoding != EncodingAlgorithmFlag::PLAIN_CDR &&
-                encoding != EncodingAlgorithmFlag::PLAIN_CDR2 &&
-                encoding != EncodingAlgorithmFlag::DELIMIT_CDR2) {
-                return false;
-            }
-            decode(cdr, *static_cast<DdsType*>(data), encoding);
-        } catch (const eprosima::fastcdr::exception::Exception&) {
-            return false;
+        if (decodes(*payload, *static_cast<DdsType*>(data))) {
+            return true;
         }
-        return true;
+        RefusedPayloads::add(data);
+        return false;
     }
 
     /// A function that gives the payload size in XCDR version 1; see below.
@@ -172,6 +162,27 @@ public:
     bool construct_sample(void* /*memory*/) const override { return false; }
 
 private:
+    /// Decodes a payload. @returns whether it could.
+    static bool decodes(SerializedPayload_t& payload, DdsType& value)
+    {
+        eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(payload.data), payload.length);
+        Cdr cdr(buffer, Cdr::DEFAULT_ENDIAN, CdrVersion::XCDRv2);
+        try {
+            cdr.read_encapsulation();
+            payload.encapsulation = encapsulationOf(cdr);
+            const auto encoding = cdr.get_encoding_flag();
+            if (encoding != EncodingAlgorithmFlag::PLAIN_CDR &&
+                encoding != EncodingAlgorithmFlag::PLAIN_CDR2 &&
+                encoding != EncodingAlgorithmFlag::DELIMIT_CDR2) {
+                return false;
+            }
+            decode(cdr, value, encoding);
+        } catch (const eprosima::fastcdr::exception::Exception&) {
+            return false;
+        }
+        return true;
+    }
+
     static constexpr std::uint32_t encapsulationBytes = 4;
     static constexpr std::uint32_t minKeyBytes = 16; ///< the size of a key hash
 
