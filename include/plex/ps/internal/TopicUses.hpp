@@ -54,10 +54,10 @@ private:
     std::map<eprosima::fastdds::dds::Topic*, std::size_t> counts_;
 };
 
-/// The one instance of the process.
+/// The one instance of the process. It is never destroyed: entities with static storage end after it otherwise.
 PLEX_EXPORT inline TopicUses& topicUses()
 {
-    static TopicUses uses;
+    static TopicUses& uses = *new TopicUses;
     return uses;
 }
 
