@@ -251,4 +251,13 @@ TEST_F(PublisherTest, SeveralThreadsPublishAtOnce)
     EXPECT_EQ(subscriber->read(0).size(), 400U);
 }
 
+TEST(DurationTest, OfManyYearsIsTheLongestThereIs)
+{
+    using ovra::plex::ps::internal::toDuration;
+    EXPECT_EQ(toDuration(1500).seconds, 1);
+    EXPECT_EQ(toDuration(1500).nanosec, 500000000U);
+    EXPECT_EQ(toDuration(std::numeric_limits<std::int64_t>::max()).seconds,
+              std::numeric_limits<std::int32_t>::max());
+}
+
 } // namespace plex::test

@@ -11,8 +11,10 @@
 #include <fastdds/dds/subscriber/Subscriber.hpp>
 #include <fastdds/dds/topic/Topic.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <thread>
@@ -28,10 +30,12 @@ namespace dds = eprosima::fastdds::dds;
 
 using ParticipantPointer = std::shared_ptr<dds::DomainParticipant>;
 
-/// Milliseconds as a DDS duration, fraction of a second included.
+/// Milliseconds as a DDS duration, fraction of a second included; longer than its 32-bit seconds is as long as
+/// these go, 68 years.
 inline Duration_t toDuration(std::int64_t milliseconds)
 {
-    return {static_cast<long double>(milliseconds) / 1000.0L};
+    constexpr std::int64_t longest = std::int64_t{std::numeric_limits<std::int32_t>::max()} * 1000;
+    return {static_cast<long double>(std::min(milliseconds, longest)) / 1000.0L};
 }
 
 /// The shortest time that a data writer or reader lives. When a writer and a reader of one process meet, Fast
