@@ -14,17 +14,26 @@ using ovra::plex::ps::Subscriber;
 class CloseInCallbackTest : public EntityTest
 {
 protected:
-    /// Runs an operation inside an asynchronous callback. @returns what it threw.
-    std::string refusalInCallback(const std::function<void()>& operation)
+    /// Runs an operation inside an asynchronous callback.
+    void inCallback(const std::function<void()>& operation)
     {
         const auto publisher = this->publisher();
         const auto subscriber = this->subscriber();
-        std::string text;
+        int calls = 0;
         const auto subscription = subscriber->subscribeAsync(
             DataEventFilter<AltAz>(), [&](Subscriber<AltAz>&, const DataEvent<AltAz>&) {
-                text = thrownText<IllegalStateException>(operation);
+                ++calls;
+                operation();
             });
         publisher->publish(*position(1), 0ms);
+        EXPECT_EQ(calls, 1);
+    }
+
+    /// Runs an operation inside an asynchronous callback. @returns what it threw.
+    std::string refusalInCallback(const std::function<void()>& operation)
+    {
+        std::string text;
+        inCallback([&] { text = thrownText<IllegalStateException>(operation); });
         return text;
     }
 
@@ -57,6 +66,25 @@ TEST_F(CloseInCallbackTest, MrvSubscriberRefusesAndStaysOpen)
     EXPECT_EQ(refusalInCallback([&] { other->close(); }), refusal_);
     EXPECT_EQ(log.count("plexDdsMrvSubscriber", log4cplus::ERROR_LOG_LEVEL, refusal_), 1);
     EXPECT_NO_THROW(other->readMostRecent(0ms));
+}
+
+TEST_F(CloseInCallbackTest, EntitiesThatAreClosedCloseAgain)
+{
+    const auto publisher = this->publisher();
+    const auto subscriber = this->subscriber();
+    const auto mrvSubscriber = this->mrvSubscriber();
+    publisher->close();
+    subscriber->close();
+    mrvSubscriber->close();
+    const LogCapture log;
+    inCallback([&] {
+        EXPECT_NO_THROW(publisher->close());
+        EXPECT_NO_THROW(subscriber->close());
+        EXPECT_NO_THROW(mrvSubscriber->close());
+    });
+    for (const auto& record : log.records()) {
+        EXPECT_LE(record.level, log4cplus::DEBUG_LOG_LEVEL) << record.text;
+    }
 }
 
 TEST_F(CloseInCallbackTest, EntitiesCloseAgainOnceTheCallbackHasReturned)

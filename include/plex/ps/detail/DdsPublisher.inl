@@ -108,8 +108,10 @@ std::shared_ptr<T> DdsPublisher<T, ST>::createDataEntity()
 template <class T, class ST>
 void DdsPublisher<T, ST>::close()
 {
-    internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
-    release();
+    if (this->state_ != internal::EntityState::Closed) {
+        internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
+        release();
+    }
 }
 
 template <class T, class ST>

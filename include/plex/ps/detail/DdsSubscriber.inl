@@ -129,7 +129,9 @@ void DdsSubscriber<T, ST>::close()
         internal::fail<IllegalStateException>(
             logger_, internal::withUri("A subscriber can not be closed inside its own callback", this->uri_));
     }
-    internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
+    if (this->state_ != internal::EntityState::Closed) {
+        internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
+    }
     const std::lock_guard closing(closeMutex_);
     if (this->state_ == internal::EntityState::Closed) {
         LOG4CPLUS_DEBUG(logger_, "Publisher already closed");

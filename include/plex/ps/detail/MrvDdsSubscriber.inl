@@ -70,7 +70,9 @@ void MrvDdsSubscriber<T, ST>::release()
 template <class T, class ST>
 void MrvDdsSubscriber<T, ST>::close()
 {
-    internal::AsynchronousCallback::checkMayClose(m_logger, this->uri_);
+    if (this->state_ != internal::EntityState::Closed) {
+        internal::AsynchronousCallback::checkMayClose(m_logger, this->uri_);
+    }
     const std::lock_guard closing(m_closeMutex);
     if (this->state_ == internal::EntityState::Closed) {
         LOG4CPLUS_DEBUG(m_logger, "MrvSubscriber already closed");
