@@ -263,4 +263,39 @@ TEST_F(InstancePublisherTest, ParentMayCloseWhileItsInstancePublishersPublishAnd
     }
 }
 
+TEST_F(InstancePublisherTest, IsNotUsedInsideACallbackThatItsPublishingRuns)
+{
+    const std::string refusal =
+        "An instance publisher can not be used inside a callback that its publishing runs";
+    const auto a = instance("a");
+    int refused = 0;
+    const auto expectRefusal = [&](const auto& operation) {
+        EXPECT_EQ(thrownText<IllegalStateException>(operation), refusal);
+        ++refused;
+    };
+    const auto handle = reader->subscribeAsync({}, [&](SensorReader&, const SensorEvent&) {
+        expectRefusal([&] { publish(*a, "a", 2); });
+        expectRefusal([&] { a->publish(1.0, *sensor("a", 2), 0ms); });
+        expectRefusal([&] { a->createDataEntity(); });
+    });
+    const LogCapture log;
+    publish(*a, "a", 1);
+    EXPECT_EQ(refused, 3);
+    EXPECT_EQ(log.count(logger, log4cplus::ERROR_LOG_LEVEL, refusal), 3);
+}
+
+TEST_F(InstancePublisherTest, ClosesAgainInsideACallback)
+{
+    const auto a = instance("a");
+    const auto b = instance("b");
+    b->close();
+    int calls = 0;
+    const auto handle = reader->subscribeAsync({}, [&](SensorReader&, const SensorEvent&) {
+        ++calls;
+        EXPECT_NO_THROW(b->close());
+    });
+    publish(*a, "a", 1);
+    EXPECT_EQ(calls, 1);
+}
+
 } // namespace plex::test

@@ -3,11 +3,12 @@
 
 #include <plex/InstancePublisher.hpp>
 #include <plex/ps/DdsPublisher.hpp>
+#include <plex/ps/internal/DispatchMutex.hpp>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 namespace ovra::plex::ps
 {
@@ -33,12 +34,13 @@ public:
     ~InstanceDdsPublisher() override;
 
     /// A new value that carries the instance's key.
-    /// @throws PlexException when DDS does not tell the key.
+    /// @throws PlexException when DDS does not tell the key; IllegalStateException as publish().
     std::shared_ptr<T> createDataEntity() override;
 
     std::shared_ptr<Plex> getPlex() const override;
 
-    /// @throws IllegalStateException also when DDS refuses the value.
+    /// @throws IllegalStateException also when DDS refuses the value, and inside a callback that this publisher's own
+    ///         publishing runs; logged.
     void publish(const T& value, const std::chrono::milliseconds& timeout) override;
     void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
 
@@ -49,6 +51,9 @@ private:
     void release();
     void createDdsEntities(const T& value);
     void checkState() const;
+
+    /// Refuses the thread that publishes, in a callback that it runs meanwhile. @throws IllegalStateException
+    void checkNotPublishingHere() const;
     static void checkTimeout(const std::chrono::milliseconds& timeout);
     void checkWritten(internal::ReturnCode result) const;
 
@@ -58,8 +63,8 @@ private:
     std::shared_ptr<internal::dds::Publisher> publisher_;
     std::shared_ptr<internal::dds::DataWriter> writer_;
     internal::InstanceHandle_t instanceHandle_;
-    bool closed_ = false;
-    std::mutex mutex_; ///< serializes publishing, createDataEntity() and closing
+    std::atomic<bool> closed_ = false;
+    internal::DispatchMutex mutex_; ///< serializes publishing, createDataEntity() and closing
     const std::int64_t waitForAckTimeoutMs_;
 };
 

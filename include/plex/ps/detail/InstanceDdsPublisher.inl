@@ -56,6 +56,15 @@ void InstanceDdsPublisher<T, ST>::checkState() const
 }
 
 template <class T, class ST>
+void InstanceDdsPublisher<T, ST>::checkNotPublishingHere() const
+{
+    if (mutex_.isDispatchingHere()) {
+        internal::fail<IllegalStateException>(
+            logger_, "An instance publisher can not be used inside a callback that its publishing runs");
+    }
+}
+
+template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout)
 {
     if (timeout.count() < 0) {
@@ -81,7 +90,8 @@ std::shared_ptr<Plex> InstanceDdsPublisher<T, ST>::getPlex() const
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::publish(const T& value, const std::chrono::milliseconds& timeout)
 {
-    const std::lock_guard lock(mutex_);
+    checkNotPublishingHere();
+    const internal::DispatchMutex::Pass pass(mutex_);
     checkState();
     checkTimeout(timeout);
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
@@ -92,7 +102,8 @@ template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value,
                                           const std::chrono::milliseconds& timeout)
 {
-    const std::lock_guard lock(mutex_);
+    checkNotPublishingHere();
+    const internal::DispatchMutex::Pass pass(mutex_);
     checkState();
     checkTimeout(timeout);
     const internal::Time_t time = internal::toSourceTime(sourceTimestamp);
@@ -104,7 +115,8 @@ void InstanceDdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value
 template <class T, class ST>
 std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
 {
-    const std::lock_guard lock(mutex_);
+    checkNotPublishingHere();
+    const internal::DispatchMutex::Pass pass(mutex_);
     checkState();
     auto entity = createDataEntityInternal<T, ST>();
     auto& wire = obtainImpl<T, ST>(*entity, logger_).wire();
@@ -118,14 +130,16 @@ std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::close()
 {
-    internal::AsynchronousCallback::checkMayClose(logger_, parent_->uri());
-    release();
+    if (!closed_) {
+        internal::AsynchronousCallback::checkMayClose(logger_, parent_->uri());
+        release();
+    }
 }
 
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::release()
 {
-    const std::lock_guard lock(mutex_);
+    const internal::DispatchMutex::Pass pass(mutex_);
     if (!closed_) {
         writer_.reset();
         topic_.reset();

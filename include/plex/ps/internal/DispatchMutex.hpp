@@ -10,8 +10,8 @@
 namespace ovra::plex::ps::internal
 {
 
-/// A mutex under which callbacks run, and which refuses the thread that runs them where locking it again
-/// would hang.
+/// A mutex under which callbacks run, and which knows the thread that runs them: locking it again there would
+/// hang, and is refused.
 class DispatchMutex
 {
 public:
