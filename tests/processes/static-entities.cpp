@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Leaves all entities to static storage, which ends after main(): as singletons of an application do. Succeeds
-// when the process ends well.
+// Leaves all entities to static storage, which ends after main(): as singletons of an application do.
+// Succeeds when the process ends well.
 #include <plex/Plex.hpp>
 #include <vexstubif/AltAz.hpp>
 

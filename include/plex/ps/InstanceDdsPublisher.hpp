@@ -39,7 +39,8 @@ public:
 
     std::shared_ptr<Plex> getPlex() const override;
 
-    /// @throws IllegalStateException also when DDS refuses the value, and inside a callback that this publisher's own
+    /// @throws IllegalStateException also when DDS refuses the value, and inside a callback that this
+    /// publisher's own
     ///         publishing runs; logged.
     void publish(const T& value, const std::chrono::milliseconds& timeout) override;
     void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;

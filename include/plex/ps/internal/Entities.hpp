@@ -30,8 +30,8 @@ namespace dds = eprosima::fastdds::dds;
 
 using ParticipantPointer = std::shared_ptr<dds::DomainParticipant>;
 
-/// Milliseconds as a DDS duration, fraction of a second included; longer than its 32-bit seconds is as long as
-/// these go, 68 years.
+/// Milliseconds as a DDS duration, fraction of a second included; longer than its 32-bit seconds is as long
+/// as these go, 68 years.
 inline Duration_t toDuration(std::int64_t milliseconds)
 {
     constexpr std::int64_t longest = std::int64_t{std::numeric_limits<std::int32_t>::max()} * 1000;

@@ -54,12 +54,12 @@ inline void report(const RefusedPayloads& refused, const dds::DataReader& reader
         const auto* const topic = reader.get_topicdescription();
         LOG4CPLUS_WARN(log4cplus::Logger::getInstance("plexDdsBasePubSub"),
                        "Passed over " << refused.count() << " samples of topic " << topic->get_name()
-                                  << " that can not be decoded as " << topic->get_type_name());
+                                      << " that can not be decoded as " << topic->get_type_name());
     }
 }
 
-/// Fills loaned samples by a take or read, and marks those that could not be decoded: Fast DDS lends them out like
-/// the others, with whatever their memory held before.
+/// Fills loaned samples by a take or read, and marks those that could not be decoded: Fast DDS lends them out
+/// like the others, with whatever their memory held before.
 template <class DdsType, class Operation>
 ReturnCode fill(LoanedSamples<DdsType>& samples, dds::DataReader& reader, Operation operation)
 {

@@ -10,9 +10,9 @@
 namespace ovra::plex::ps::internal
 {
 
-/// The samples whose payload could not be decoded during a take or read of the calling thread, from the making
-/// of this object to its end. Where samples are lent out, Fast DDS decodes in the taking thread and does not
-/// look at the outcome (ReadTakeCommand.hpp in 2.14 and 3).
+/// The samples whose payload could not be decoded during a take or read of the calling thread, from the
+/// making of this object to its end. Where samples are lent out, Fast DDS decodes in the taking thread and
+/// does not look at the outcome (ReadTakeCommand.hpp in 2.14 and 3).
 class PLEX_EXPORT RefusedPayloads // exported, so that a type and its readers meet wherever they were compiled
 {
 public:

@@ -54,7 +54,8 @@ private:
     std::map<eprosima::fastdds::dds::Topic*, std::size_t> counts_;
 };
 
-/// The one instance of the process. It is never destroyed: entities with static storage end after it otherwise.
+/// The one instance of the process. It is never destroyed: entities with static storage end after it
+/// otherwise.
 PLEX_EXPORT inline TopicUses& topicUses()
 {
     static TopicUses& uses = *new TopicUses;
