@@ -127,18 +127,65 @@ TEST_F(ProfileFile, ThatCannotBeFoundIsNamed)
     EXPECT_THAT(refusal(""), testing::StartsWith("Failed to load QoS profile file : "));
 }
 
+TEST_F(ProfileFile, ThatCannotBeReachedIsNamedWithTheReason)
+{
+    const auto loop = directory_.path() + "/loop.xml";
+    std::filesystem::create_symlink(loop, loop);
+    EXPECT_EQ(refusal(loop),
+              "Failed to load QoS profile file " + loop + ": Too many levels of symbolic links");
+}
+
 TEST_F(ProfileFile, ThatIsNoFileOfProfilesIsNamed)
 {
     for (const auto& file :
-         {directory_.path(), directory_.write("empty.xml", ""),
-          directory_.write("text.xml", "reliable please\n"), directory_.write("open.xml", "<dds><profiles>"),
-          directory_.write("other.xml", "<html/>"),
+         {directory_.path(), directory_.write("empty.xml", ""), directory_.write("other.xml", "<html/>"),
           directory_.write("wrong.xml", profiles(library_, "Ann",
                                                  "<data_writer profile_name=\"w\"><no_such_element/>"
                                                  "</data_writer>"))}) {
         EXPECT_EQ(refusal(file),
                   "Failed to load QoS profile file " + file + ": not a valid file of QoS profiles");
     }
+}
+
+TEST_F(ProfileFile, ThatIsNoXmlIsNamedWithTheLine)
+{
+    EXPECT_EQ(refusal(directory_.write("text.xml", "reliable please\n")),
+              "Failed to load QoS profile file " + directory_.path() +
+                  "/text.xml: not a valid file of QoS profiles (expected < in line 1)");
+    EXPECT_THAT(refusal(directory_.write("open.xml", "<dds>\n<profiles>")),
+                testing::EndsWith("not a valid file of QoS profiles (unexpected end of data in line 2)"));
+}
+
+TEST_F(ProfileFile, ThatRepeatsANameOfAnotherIsRefused)
+{
+    const auto first = directory_.write("first.xml", profiles(library_, "Ann"));
+    const auto second = directory_.write("second.xml", profiles(library_, "Bob"));
+    EXPECT_EQ(participantName(first, library_), "Ann");
+    EXPECT_EQ(refusal(second), "Failed to load QoS profile file " + second + ": participant " + library_ +
+                                   ".participant is already loaded from " + first);
+    EXPECT_EQ(participantName(first, library_), "Ann");
+}
+
+TEST_F(ProfileFile, ThatRepeatsATransportOfAnotherIsRefused)
+{
+    const auto transport = [](const std::string& size) {
+        return "<transport_descriptors><transport_descriptor><transport_id>" + testName() +
+               "</transport_id><type>UDPv4</type><maxMessageSize>" + size +
+               "</maxMessageSize></transport_descriptor></transport_descriptors>";
+    };
+    const auto first = directory_.write("first.xml", profiles(library_ + "1", "Ann", transport("1000")));
+    const auto second = directory_.write("second.xml", profiles(library_ + "2", "Bob", transport("2000")));
+    EXPECT_EQ(participantName(first, library_ + "1"), "Ann");
+    EXPECT_THAT(refusal(second), testing::EndsWith(": transport_descriptor " + testName() +
+                                                   " is already loaded from " + first));
+}
+
+TEST_F(ProfileFile, ThatIsACopyOfAnotherServesAsWell)
+{
+    const auto first = directory_.write("first.xml", profiles(library_, "Ann"));
+    const auto copy = directory_.write("copy.xml", profiles(library_, "Ann"));
+    EXPECT_EQ(participantName(first, library_), "Ann");
+    EXPECT_EQ(participantName(copy, library_), "Ann");
 }
 
 TEST_F(ProfileFile, IsLoadedOnceItIsMended)

@@ -5,10 +5,14 @@
 #include <plex/ps/internal/fastdds.hpp>
 
 #include <boost/algorithm/string/replace.hpp>
+#include <boost/property_tree/ptree.hpp>
+#include <boost/property_tree/xml_parser.hpp>
 #include <fastdds/dds/domain/DomainParticipantFactory.hpp>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -21,12 +25,54 @@ namespace ovra::plex
 namespace
 {
 
-/// Empty where the file cannot be read, which is no valid file of profiles either.
-std::string readFile(const std::string& path)
+using Names = std::set<std::string>;
+
+constexpr const char* notValid = "not a valid file of QoS profiles";
+
+[[noreturn]] void refuse(const std::string& file, const std::string& reason)
 {
+    throw PlexException("Failed to load QoS profile file " + file + ": " + reason);
+}
+
+std::string readFile(const std::string& file, const std::filesystem::path& path)
+{
+    std::ifstream in(path);
+    if (!in) {
+        refuse(file, std::generic_category().message(errno));
+    }
     std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
+    text << in.rdbuf();
     return text.str();
+}
+
+/// Adds what Fast DDS knows the parts of an XML tree by, each with the kind of its element.
+void addNames(const boost::property_tree::ptree& tree, Names& names)
+{
+    for (const auto& [kind, element] : tree) {
+        if (const auto name = element.get_optional<std::string>("<xmlattr>.profile_name")) {
+            names.insert(kind + " " + *name);
+        }
+        if (const auto id = element.get_optional<std::string>("transport_id");
+            id && kind == "transport_descriptor") {
+            names.insert(kind + " " + *id);
+        }
+        addNames(element, names);
+    }
+}
+
+Names namesIn(const std::string& file, const std::string& profiles)
+{
+    boost::property_tree::ptree tree;
+    try {
+        std::istringstream in(profiles);
+        read_xml(in, tree);
+    } catch (const boost::property_tree::xml_parser_error& error) {
+        refuse(file, std::string(notValid) + " (" + error.message() + " in line " +
+                         std::to_string(error.line()) + ")");
+    }
+    Names names;
+    addNames(tree, names);
+    return names;
 }
 
 /// The profiles with the element names of this generation of Fast DDS, so that one file serves all.
@@ -47,27 +93,40 @@ std::string translated(const std::string& profiles)
 
 void loadProfileFileOnce(const std::string& file)
 {
-    // Fast DDS keeps profiles for the process and refuses to load a name twice.
+    // Fast DDS keeps profiles for the process. Of those of one name it keeps the first, without a word.
     static std::mutex mutex;
-    static std::set<std::string> loaded;
+    static std::set<std::string> loadedPaths;
+    static std::set<std::string> loadedTexts;
+    static std::map<std::string, std::string> fileOfName;
 
     std::error_code error;
-    const auto path = std::filesystem::weakly_canonical(file, error).string();
+    const auto path = std::filesystem::weakly_canonical(file, error);
+    if (error) {
+        refuse(file, error.message());
+    }
     const std::lock_guard lock(mutex);
-    if (loaded.contains(path)) {
+    if (loadedPaths.contains(path)) {
         return;
     }
-    if (!std::filesystem::exists(path, error)) {
-        throw PlexException("Failed to load QoS profile file " + file + ": " +
-                            std::make_error_code(std::errc::no_such_file_or_directory).message());
+    const std::string profiles = translated(readFile(file, path));
+    if (!loadedTexts.contains(profiles)) {
+        const Names names = namesIn(file, profiles);
+        for (const auto& name : names) {
+            if (const auto other = fileOfName.find(name); other != fileOfName.end()) {
+                refuse(file, name + " is already loaded from " + other->second);
+            }
+        }
+        auto* const factory = eprosima::fastdds::dds::DomainParticipantFactory::get_instance();
+        if (ps::internal::code(factory->load_XML_profiles_string(profiles.data(), profiles.size())) !=
+            ps::internal::RETCODE_OK) {
+            refuse(file, notValid);
+        }
+        for (const auto& name : names) {
+            fileOfName.emplace(name, file);
+        }
+        loadedTexts.insert(profiles);
     }
-    const std::string profiles = translated(readFile(path));
-    auto* const factory = eprosima::fastdds::dds::DomainParticipantFactory::get_instance();
-    if (ps::internal::code(factory->load_XML_profiles_string(profiles.data(), profiles.size())) !=
-        ps::internal::RETCODE_OK) {
-        throw PlexException("Failed to load QoS profile file " + file + ": not a valid file of QoS profiles");
-    }
-    loaded.insert(path);
+    loadedPaths.insert(path);
 }
 
 } // namespace ovra::plex
