@@ -2,6 +2,9 @@
 #include "ForeignSensor.hpp"
 #include "KeyedTest.hpp"
 
+#include <algorithm>
+#include <string>
+
 namespace plex::test
 {
 
@@ -398,5 +401,39 @@ TEST_F(InstanceEndTest, InstanceWrittenAgainIsNewAgain)
     plain.write("a", 3);
     EXPECT_THAT(first, ElementsAre(Reading{"a", 1}, Reading{"a", 3}));
 }
+
+/// A profile library, or none, and for how many instances a publisher has room then, as the guide says.
+struct Room {
+    const char* library;
+    int instances;
+};
+
+class InstanceRoomTest : public KeyedTest, public testing::WithParamInterface<Room>
+{
+};
+
+TEST_P(InstanceRoomTest, OfAPublisherIsLimited)
+{
+    Properties properties;
+    if (*GetParam().library != '\0') {
+        properties = {{"dds.qos.profile.file", PROFILE_FILE},
+                      {"dds.qos.profile.library", GetParam().library}};
+    }
+    const auto publisher = sensorPublisher({}, properties);
+    for (int i = 0; i < GetParam().instances; ++i) {
+        EXPECT_NO_THROW(publish(*publisher, std::to_string(i))) << i;
+    }
+    EXPECT_THROW(publish(*publisher, "one more"), PlexException);
+    EXPECT_NO_THROW(publish(*publisher, "0"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Profiles, InstanceRoomTest,
+                         testing::Values(Room{"", 100}, Room{"reliable", 10}, Room{"latched", 100},
+                                         Room{"latest-only", 10}, Room{"high-rate", 1}),
+                         [](const auto& room) {
+                             std::string name = *room.param.library == '\0' ? "none" : room.param.library;
+                             std::ranges::replace(name, '-', '_');
+                             return name;
+                         });
 
 } // namespace plex::test

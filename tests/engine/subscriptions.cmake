@@ -25,7 +25,8 @@ plex_add_test(engine-instance-tests
         MrvSubscriberTest.cpp
     LIBRARIES plex-dds-vexstubif plex-dds-keyed)
 target_compile_definitions(engine-instance-tests PRIVATE
-    KEYED_MODULE_DIRECTORY="$<TARGET_FILE_DIR:plex-dds-keyed>")
+    KEYED_MODULE_DIRECTORY="$<TARGET_FILE_DIR:plex-dds-keyed>"
+    PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml")
 
 plex_add_test(engine-close-stress-tests
     SOURCES
