@@ -16,9 +16,11 @@ if(PLEX_PLATFORM STREQUAL "bundled")
     endif()
 endif()
 install(TARGETS plex-dds-vexstubif EXPORT plexTargets LIBRARY)
+install(TARGETS plex-engine EXPORT plexEngineTargets)
 install(DIRECTORY include/ TYPE INCLUDE)
 install(DIRECTORY profiles/ DESTINATION ${CMAKE_INSTALL_DATADIR}/plex)
 install(EXPORT plexTargets NAMESPACE plex:: DESTINATION ${packageDir})
+install(EXPORT plexEngineTargets NAMESPACE plex:: DESTINATION ${packageDir})
 
 configure_package_config_file(cmake/plex-config.cmake.in ${PROJECT_BINARY_DIR}/plex-config.cmake
                               INSTALL_DESTINATION ${packageDir} PATH_VARS CMAKE_INSTALL_DATADIR)
