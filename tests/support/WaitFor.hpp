@@ -19,7 +19,7 @@ bool waitFor(Condition&& condition, std::chrono::milliseconds deadline = patienc
         if (std::chrono::steady_clock::now() > end) {
             return false;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // the one place where tests sleep
+        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // between two looks
     }
     return true;
 }

@@ -100,7 +100,7 @@ MrvDdsSubscriber<T, ST>::readMostRecent(const std::chrono::milliseconds& timeout
     std::vector<std::shared_ptr<T>> values;
     const auto append = [&](const Samples& samples) {
         if (!samples.hasValue(0)) {
-            return; // a change of state without a value, for instance one of several writers went
+            return; // a change of state only, as when one of several writers went, or what can not be decoded
         }
         auto value = createDataEntityInternal<T, ST>();
         obtainImpl<T, ST>(*value, m_logger).assign(samples.data[0]);
