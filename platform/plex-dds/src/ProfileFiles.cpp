@@ -36,7 +36,7 @@ constexpr const char* notValid = "not a valid file of QoS profiles";
 
 std::string readFile(const std::string& file, const std::filesystem::path& path)
 {
-    std::ifstream in(path);
+    const std::ifstream in(path);
     if (!in) {
         refuse(file, std::generic_category().message(errno));
     }
