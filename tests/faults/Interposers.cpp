@@ -156,18 +156,6 @@ DomainParticipant* DomainParticipantFactory::create_participant(DomainId_t domai
                 listener, mask);
 }
 
-DomainParticipant*
-DomainParticipantFactory::create_participant_with_profile(DomainId_t domain, const std::string& profile,
-                                                          DomainParticipantListener* listener,
-                                                          const StatusMask& mask)
-{
-    using Signature =
-        DomainParticipant*(DomainId_t, const std::string&, DomainParticipantListener*, const StatusMask&);
-    return call("DomainParticipantFactory::create_participant_with_profile",
-                overload<Signature>(&DomainParticipantFactory::create_participant_with_profile), this, domain,
-                profile, listener, mask);
-}
-
 DdsReturnCode DomainParticipantFactory::delete_participant(DomainParticipant* participant)
 {
     return call("DomainParticipantFactory::delete_participant", &DomainParticipantFactory::delete_participant,

@@ -25,7 +25,7 @@ TEST_F(PlatformFaultsTest, ParticipantThatCannotBeMadeIsNamedByItsDomain)
 
 TEST_F(PlatformFaultsTest, ParticipantThatCannotBeMadeIsNamedByItsProfileToo)
 {
-    const Fault fault("DomainParticipantFactory::create_participant_with_profile");
+    const Fault fault("DomainParticipantFactory::create_participant");
     expectFailure(logger,
                   "Failed to create participant for domain " + std::to_string(testDomain()) +
                       " with profile:reliable.participant",

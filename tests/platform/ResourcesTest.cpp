@@ -5,6 +5,7 @@
 #include <plex/Plex.hpp>
 #include <vexstubif/AltAz.hpp>
 
+#include <fastdds/dds/log/Log.hpp>
 #include <gtest/gtest.h>
 
 #include <ProcessResources.hpp>
@@ -42,8 +43,7 @@ protected:
     FailedCall()
     {
         plex_->createPublisher<AltAz>(testUri());
-        refusalOf(
-            [this] { plex_->createPublisher<AltAz>(testUri(), {}, {{"dds.qos.profile.library", "none"}}); });
+        EPROSIMA_LOG_ERROR(PLEX_TESTS, "Starts the thread that logs");
     }
 
     void expectNothingLeft(const std::function<void()>& call) const

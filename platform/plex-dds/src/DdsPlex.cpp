@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ProfileFiles.hpp"
+#include "SharedMemory.hpp"
 
 #include <plex/Transport.hpp>
 #include <plex/common/Properties.hpp>
@@ -84,13 +85,26 @@ private:
 };
 
 /// @param profile empty for the default QoS.
+/// @return nullptr when Fast DDS has no such profile or refuses it.
+dds::DomainParticipant* newParticipant(std::uint32_t domain, const std::string& profile)
+{
+    auto* const factory = dds::DomainParticipantFactory::get_instance();
+    factory->load_profiles(); // those that the environment names: the default QoS may be among them
+    dds::DomainParticipantQos qos;
+    const auto code = profile.empty() ? factory->get_default_participant_qos(qos)
+                                      : factory->get_participant_qos_from_profile(profile, qos);
+    if (ps::internal::code(code) != ps::internal::RETCODE_OK) {
+        return nullptr;
+    }
+    sendNoLeftovers(qos);
+    return factory->create_participant(domain, qos);
+}
+
+/// @param profile empty for the default QoS.
 std::shared_ptr<dds::DomainParticipant> createParticipant(std::uint32_t domain, const std::string& profile)
 {
     ParticipantDeleter deleter;
-    auto* const factory = dds::DomainParticipantFactory::get_instance();
-    auto* const participant = profile.empty()
-                                  ? factory->create_participant(domain, dds::PARTICIPANT_QOS_DEFAULT)
-                                  : factory->create_participant_with_profile(domain, profile);
+    auto* const participant = newParticipant(domain, profile);
     if (participant == nullptr) {
         const std::string message = "Failed to create participant for domain " + std::to_string(domain) +
                                     (profile.empty() ? "" : " with profile:" + profile);
