@@ -11,6 +11,7 @@
 
 #include <LogCapture.hpp>
 #include <TestTopic.hpp>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <thread>
@@ -96,6 +97,17 @@ TEST_F(Participant, HasTheDomainOfTheCallRatherThanOfTheInstance)
     EXPECT_EQ(plex->getDomainParticipant(withoutDomain, {{"dds.domain", std::to_string(otherDomain())}})
                   ->get_domain_id(),
               otherDomain());
+}
+
+TEST_F(Participant, LeavesTheChoiceOfTransportsToAnEnvironmentThatMakesIt)
+{
+    for (const auto* const variable : {"FASTDDS_BUILTIN_TRANSPORTS", "FASTDDS_ENVIRONMENT_FILE"}) {
+        setenv(variable, "UDPv4", 1); // NOLINT(concurrency-mt-unsafe): alone yet
+        const auto held = participant();
+        EXPECT_TRUE(held->get_qos().transport().use_builtin_transports) << variable;
+        EXPECT_TRUE(held->get_qos().transport().user_transports.empty()) << variable;
+        unsetenv(variable); // NOLINT(concurrency-mt-unsafe): alone again soon
+    }
 }
 
 TEST_F(Participant, LivesAsLongAsSomebodyHoldsIt)

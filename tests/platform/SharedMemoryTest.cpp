@@ -71,8 +71,10 @@ class ListeningTransport final : public rtps::ChainingTransport
 {
 public:
     ListeningTransport(const rtps::ChainingTransportDescriptor& descriptor, Packets& packets)
-        : ChainingTransport(descriptor), packets_(packets)
-    {}
+        : ChainingTransport(descriptor)
+        , packets_(packets)
+    {
+    }
 
     rtps::TransportDescriptorInterface* get_configuration() override
     {
@@ -101,7 +103,8 @@ struct ListeningTransportDescriptor final : rtps::ChainingTransportDescriptor {
     explicit ListeningTransportDescriptor(Packets& packets)
         : ChainingTransportDescriptor(std::make_shared<rtps::SharedMemTransportDescriptor>())
         , packets_(packets)
-    {}
+    {
+    }
 
     rtps::TransportInterface* create_transport() const override
     {
@@ -114,7 +117,7 @@ struct ListeningTransportDescriptor final : rtps::ChainingTransportDescriptor {
 /// What a packet is made of (RTPS 2.5, 9.4).
 struct Content {
     bool hasData = false;
-    bool isWhole = false; ///< nothing but submessages of the standard's, the last of which ends where the packet does
+    bool isWhole = false; ///< only submessages of the standard's, the last of which ends with the packet
 };
 
 Content contentOf(const Packet& packet)

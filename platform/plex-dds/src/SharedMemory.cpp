@@ -23,8 +23,8 @@ namespace rtps = eprosima::fastdds::rtps;
 namespace
 {
 
-/// Whether these bytes are the statistics at the end of a message: a submessage of the vendor's own (RTPS 2.5,
-/// 9.4.5.1.1), which Fast DDS numbers 0x80.
+/// Whether these bytes are the statistics at the end of a message: a submessage of the vendor's own
+/// (RTPS 2.5, 9.4.5.1.1), which Fast DDS numbers 0x80.
 bool isStatistics(const rtps::NetworkBuffer& buffer)
 {
     constexpr std::uint8_t statisticsSubmessage = 0x80;
@@ -71,7 +71,8 @@ struct ExactTransportDescriptor final : rtps::ChainingTransportDescriptor {
 struct ExactSharedMemory final : rtps::SharedMemTransportDescriptor {
     explicit ExactSharedMemory(const SharedMemTransportDescriptor& settings)
         : SharedMemTransportDescriptor(settings)
-    {}
+    {
+    }
 
     rtps::TransportInterface* create_transport() const override
     {

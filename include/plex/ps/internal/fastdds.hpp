@@ -41,9 +41,9 @@
 
 /// Whether what this Fast DDS sends through shared memory ends with bytes that were there before.
 ///
-/// Built with statistics, as by default, a message ends with a submessage of them that is not for shared memory.
-/// 3.0 to 3.1.2 and 3.2.0 leave it out, but send its length along: the receiver takes what lies there for
-/// submessages. Pieces of older ones are among it, heartbeats with other numbers for instance.
+/// Built with statistics, as by default, a message ends with a submessage of them that is not for shared
+/// memory. 3.0 to 3.1.2 and 3.2.0 leave it out, but send its length along: the receiver takes what lies there
+/// for submessages. Pieces of older ones are among it, heartbeats with other numbers for instance.
 #define PLEX_FASTDDS_SENDS_LEFTOVERS                                                                         \
     (PLEX_FASTDDS_GENERATION == 3 && (FASTDDS_VERSION_MINOR * 100 + FASTDDS_VERSION_MICRO <= 102 ||          \
                                       FASTDDS_VERSION_MINOR * 100 + FASTDDS_VERSION_MICRO == 200))
