@@ -36,8 +36,10 @@ public:
     /// @throws IllegalStateException always: only a delegator makes instance publishers.
     std::unique_ptr<InstancePublisher<T>> createInstancePublisher(const T& instance) override;
 
-    void publish(const T& value, const std::chrono::milliseconds& timeout) override;
-    void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
+    // hot: see SubscriptionManager
+    [[gnu::hot]] void publish(const T& value, const std::chrono::milliseconds& timeout) override;
+    [[gnu::hot]] void publish(double sourceTimestamp, const T& value,
+                              const std::chrono::milliseconds& timeout) override;
     std::shared_ptr<T> createDataEntity() override;
 
     /// Closes the instance publishers, then gives back the writer and the topic. From two threads at once

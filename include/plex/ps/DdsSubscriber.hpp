@@ -131,8 +131,8 @@ private:
     /// Whether a sample has a value that the QoS lets pass.
     bool isDeliverable(const Samples& samples, std::int32_t index) const;
 
-    /// The loan's first deliverable sample as the loan's value, or empty.
-    std::shared_ptr<LoanedDataEntity<T>> present(std::shared_ptr<DdsLoanedDataEntity> loan) const;
+    /// Makes the first deliverable sample of a loan its value. @returns whether there is one.
+    bool present(DdsLoanedDataEntity& loan) const;
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriber");
     std::shared_ptr<internal::dds::Topic> topic_;

@@ -109,12 +109,14 @@ private:
     /// Registers the filter under the id. @throws PlexException when it intersects with a registered one.
     void ensureUniqueFilter(const std::string& id, const Filter& filter);
 
-    void onDataAvailable();
+    // hot: what each value passes, here and in publishers, lies together in memory, which is felt where the
+    // caches are lost between two values (a round trip: 1.016 instead of 1.022 of bare Fast DDS's).
+    [[gnu::hot]] void onDataAvailable();
     void dispatchToNotifiers();
-    void dispatchToListeners();
+    [[gnu::hot]] void dispatchToListeners();
 
     /// Takes the next sample, in any state, into the members for it. @returns whether there was one.
-    bool takeNext();
+    [[gnu::hot]] bool takeNext();
     bool takeNextInAnyState();
 
     /// Gives samples back when it ends.
@@ -122,8 +124,8 @@ private:
 
     /// Calls back for a sample unless the QoS or the filter holds it back. @param makeData gives its value.
     template <class MakeData>
-    void dispatch(const SubscriptionInfo& subscription, const internal::dds::SampleInfo& info,
-                  MakeData makeData);
+    [[gnu::hot]] void dispatch(const SubscriptionInfo& subscription, const internal::dds::SampleInfo& info,
+                               MakeData makeData);
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriptionManager");
     DdsSubscriber<T, ST>& owner_;

@@ -191,7 +191,7 @@ void DdsSubscriber<T, ST>::failToTake(internal::ReturnCode result, const char* f
 }
 
 template <class T, class ST>
-bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index) const
+inline bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index) const
 {
     return samples.hasValue(index) && !this->isQosExceeded(samples.infos[index]);
 }
@@ -267,9 +267,10 @@ std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedRead()
     auto reader = openReader();
     auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), std::move(reader));
     const auto result = internal::take(loan->reader(), loan->samples(), 1);
-    return checkTaken(result, "Reader take failed for dds subscriber's loanedRead.")
-               ? present(std::move(loan))
-               : nullptr;
+    if (!checkTaken(result, "Reader take failed for dds subscriber's loanedRead.") || !present(*loan)) {
+        return nullptr;
+    }
+    return loan;
 }
 
 template <class T, class ST>
@@ -282,23 +283,24 @@ std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedReadInstance(co
     }
     auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), std::move(reader));
     const auto result = internal::takeInstance(loan->reader(), loan->samples(), handle);
-    return checkTaken(result, "Reader take failed for dds subscriber's loanedReadInstance.")
-               ? present(std::move(loan))
-               : nullptr;
+    if (!checkTaken(result, "Reader take failed for dds subscriber's loanedReadInstance.") ||
+        !present(*loan)) {
+        return nullptr;
+    }
+    return loan;
 }
 
 template <class T, class ST>
-std::shared_ptr<LoanedDataEntity<T>>
-DdsSubscriber<T, ST>::present(std::shared_ptr<DdsLoanedDataEntity> loan) const
+inline bool DdsSubscriber<T, ST>::present(DdsLoanedDataEntity& loan) const
 {
-    Samples& samples = loan->samples();
+    Samples& samples = loan.samples();
     for (std::int32_t i = 0; i < samples.size(); ++i) {
         if (isDeliverable(samples, i)) {
-            loan->view(samples.data[i]);
-            return loan;
+            loan.view(samples.data[i]);
+            return true;
         }
     }
-    return nullptr;
+    return false;
 }
 
 template <class T, class ST>

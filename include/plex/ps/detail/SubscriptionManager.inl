@@ -29,7 +29,10 @@ public:
     {
     }
 
-    void on_data_available(internal::dds::DataReader* /*reader*/) override { manager_->onDataAvailable(); }
+    [[gnu::hot]] void on_data_available(internal::dds::DataReader* /*reader*/) override
+    {
+        manager_->onDataAvailable();
+    }
 
     void on_subscription_matched(internal::dds::DataReader* /*reader*/,
                                  const internal::dds::SubscriptionMatchedStatus& /*status*/) override
@@ -284,7 +287,9 @@ bool SubscriptionManager<T, ST>::takeNext()
     }
     const internal::RefusedPayloads refused; // Fast DDS passes over them here
     const auto result = internal::code(reader_->take_next_sample(&taken_, &takenInfo_));
-    internal::report(refused, *reader_);
+    if (refused.areAny()) {
+        internal::warnOf(refused, *reader_);
+    }
     return result == internal::RETCODE_OK;
 }
 

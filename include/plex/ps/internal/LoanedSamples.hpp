@@ -47,15 +47,13 @@ inline std::int32_t sampleLimit(std::size_t count) noexcept
     return count == 0 ? dds::LENGTH_UNLIMITED : static_cast<std::int32_t>(std::min(count, largest));
 }
 
-/// Logs at WARN how many samples a take or read has passed over, if any.
-inline void report(const RefusedPayloads& refused, const dds::DataReader& reader)
+/// Logs at WARN how many samples a take or read has passed over.
+[[gnu::cold]] inline void warnOf(const RefusedPayloads& refused, const dds::DataReader& reader)
 {
-    if (refused.areAny()) {
-        const auto* const topic = reader.get_topicdescription();
-        LOG4CPLUS_WARN(log4cplus::Logger::getInstance("plexDdsBasePubSub"),
-                       "Passed over " << refused.count() << " samples of topic " << topic->get_name()
-                                      << " that can not be decoded as " << topic->get_type_name());
-    }
+    const auto* const topic = reader.get_topicdescription();
+    LOG4CPLUS_WARN(log4cplus::Logger::getInstance("plexDdsBasePubSub"),
+                   "Passed over " << refused.count() << " samples of topic " << topic->get_name()
+                                  << " that can not be decoded as " << topic->get_type_name());
 }
 
 /// Fills loaned samples by a take or read, and marks those that could not be decoded: Fast DDS lends them out
@@ -71,7 +69,7 @@ ReturnCode fill(LoanedSamples<DdsType>& samples, dds::DataReader& reader, Operat
                 samples.undecoded.push_back(i);
             }
         }
-        report(refused, reader);
+        warnOf(refused, reader);
     }
     return result;
 }
