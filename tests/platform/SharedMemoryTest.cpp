@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <plex/ps/internal/fastdds.hpp>
 
-#if PLEX_FASTDDS_SENDS_LEFTOVERS
+#ifdef PLEX_FASTDDS_SENDS_LEFTOVERS
 
 #include <generated/vexstubif/AltAzPubSubType.hpp>
 #include <plex/dds/DdsPlex.hpp>

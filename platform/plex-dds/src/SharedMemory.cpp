@@ -3,7 +3,7 @@
 
 #include <plex/ps/internal/fastdds.hpp>
 
-#if PLEX_FASTDDS_SENDS_LEFTOVERS
+#ifdef PLEX_FASTDDS_SENDS_LEFTOVERS
 
 #include <fastdds/rtps/transport/ChainingTransport.hpp>
 #include <fastdds/rtps/transport/ChainingTransportDescriptor.hpp>
@@ -11,7 +11,10 @@
 #include <fastdds/rtps/transport/TransportReceiverInterface.hpp>
 #include <fastdds/rtps/transport/shared_mem/SharedMemTransportDescriptor.hpp>
 
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -23,12 +26,21 @@ namespace rtps = eprosima::fastdds::rtps;
 namespace
 {
 
-/// Whether these bytes are the statistics at the end of a message: a submessage of the vendor's own
-/// (RTPS 2.5, 9.4.5.1.1), which Fast DDS numbers 0x80.
+/// Whether these bytes are the statistics at the end of a message: one submessage of the vendor's own
+/// (RTPS 2.5, 9.4.5.1.1), which Fast DDS numbers 0x80 and writes in the byte order of the machine.
 bool isStatistics(const rtps::NetworkBuffer& buffer)
 {
-    constexpr std::uint8_t statisticsSubmessage = 0x80;
-    return buffer.size > 0 && *static_cast<const std::uint8_t*>(buffer.buffer) == statisticsSubmessage;
+    struct Header {
+        std::uint8_t kind;
+        std::uint8_t flags;
+        std::uint16_t length;
+    } header{};
+
+    if (buffer.size < sizeof header) {
+        return false;
+    }
+    std::memcpy(&header, buffer.buffer, sizeof header);
+    return header.kind == 0x80 && header.length == buffer.size - sizeof header;
 }
 
 /// Sends messages without their statistics, and so with the length that they have.
@@ -37,7 +49,6 @@ class ExactTransport final : public rtps::ChainingTransport
 public:
     using ChainingTransport::ChainingTransport;
 
-    /// Says nothing of itself: the settings are the lower transport's.
     rtps::TransportDescriptorInterface* get_configuration() override
     {
         return low_level_transport_->get_configuration();

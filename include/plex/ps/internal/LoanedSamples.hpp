@@ -23,6 +23,10 @@ namespace ovra::plex::ps::internal
 /// given back to that reader before they are destroyed.
 template <class DdsType>
 struct LoanedSamples {
+    // Not defaulted: then GCC clears all members at once, by an instruction that takes some 30 ns to begin (a
+    // read of one value: 1.20 instead of 1.16 of a bare one).
+    LoanedSamples() {} // NOLINT(modernize-use-equals-default)
+
     dds::LoanableSequence<DdsType> data;
     dds::SampleInfoSeq infos;
     std::vector<std::int32_t> undecoded; ///< those whose memory holds something else than what was sent

@@ -39,14 +39,15 @@
 #include <fastrtps/utils/md5.h>
 #endif
 
-/// Whether what this Fast DDS sends through shared memory ends with bytes that were there before.
-///
-/// Built with statistics, as by default, a message ends with a submessage of them that is not for shared
-/// memory. 3.0 to 3.1.2 and 3.2.0 leave it out, but send its length along: the receiver takes what lies there
-/// for submessages. Pieces of older ones are among it, heartbeats with other numbers for instance.
-#define PLEX_FASTDDS_SENDS_LEFTOVERS                                                                         \
-    (PLEX_FASTDDS_GENERATION == 3 && (FASTDDS_VERSION_MINOR * 100 + FASTDDS_VERSION_MICRO <= 102 ||          \
-                                      FASTDDS_VERSION_MINOR * 100 + FASTDDS_VERSION_MICRO == 200))
+// Whether what this Fast DDS sends through shared memory ends with bytes that were there before. Built with
+// statistics, as by default, it ends each message with a submessage of them that is not for shared memory.
+// 3.0 to 3.1.2 and 3.2.0 leave it out, but send its length along: the receiver takes what lies there for
+// submessages. Pieces of older ones are among it, heartbeats with other numbers for instance.
+#if PLEX_FASTDDS_GENERATION == 3 && defined(FASTDDS_STATISTICS) &&                                           \
+    (FASTDDS_VERSION_MINOR == 0 || (FASTDDS_VERSION_MINOR == 1 && FASTDDS_VERSION_MICRO <= 2) ||             \
+     (FASTDDS_VERSION_MINOR == 2 && FASTDDS_VERSION_MICRO == 0))
+#define PLEX_FASTDDS_SENDS_LEFTOVERS
+#endif
 
 namespace ovra::plex::ps::internal
 {
