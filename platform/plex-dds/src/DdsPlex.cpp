@@ -85,7 +85,7 @@ private:
 };
 
 /// @param profile empty for the default QoS.
-/// @return nullptr when Fast DDS has no such profile or refuses it.
+/// @returns nullptr when Fast DDS has no such profile or refuses to make the participant.
 dds::DomainParticipant* newParticipant(std::uint32_t domain, const std::string& profile)
 {
     auto* const factory = dds::DomainParticipantFactory::get_instance();

@@ -11,7 +11,8 @@ namespace ovra::plex
 ///
 /// Changes nothing where Fast DDS does so itself, see PLEX_FASTDDS_SENDS_LEFTOVERS. Otherwise the transports
 /// for shared memory, the built-in one included, are replaced by ones of the same settings. Built-in
-/// transports that the environment may choose (FASTDDS_BUILTIN_TRANSPORTS) are left as they are.
+/// transports that the environment may choose (FASTDDS_BUILTIN_TRANSPORTS, FASTDDS_ENVIRONMENT_FILE) are left
+/// as they are.
 void sendNoLeftovers(eprosima::fastdds::dds::DomainParticipantQos& qos);
 
 } // namespace ovra::plex
