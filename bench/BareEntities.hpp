@@ -4,7 +4,7 @@
 #include "Profiles.hpp"
 
 #include <generated/vexstubif/AltAzPubSubType.hpp>
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <fastdds/dds/core/LoanableSequence.hpp>
 #include <fastdds/dds/domain/DomainParticipant.hpp>
@@ -22,13 +22,15 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 /// Fast DDS as one uses it without the binding: the yardstick.
 namespace plex::bench
 {
 
 namespace dds = eprosima::fastdds::dds;
-namespace internal = ovra::plex::ps::internal;
+namespace fastdds = ovra::plex::fastdds;
 
 using ParticipantPointer = std::shared_ptr<dds::DomainParticipant>;
 using WireAltAz = generated::dds_::vexstubif::AltAz;
@@ -97,7 +99,7 @@ public:
         qos.history().depth = 1000;
         qos.resource_limits().max_samples = 40000;
         qos.resource_limits().max_instances = 100;
-        qos.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE;
+        qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE;
         publisher_ = made(topic_.participant().create_publisher(dds::PublisherQos()), "publisher");
         writer_ = made(publisher_->create_datawriter(topic_.get(), qos), "writer");
     }
@@ -113,14 +115,14 @@ public:
 
     bool write(const WireAltAz& value)
     {
-        return internal::code(writer_->write(internal::asSample(&value), dds::HANDLE_NIL)) ==
-               internal::RETCODE_OK;
+        return fastdds::code(writer_->write(fastdds::asSample(&value), dds::HANDLE_NIL)) ==
+               fastdds::RETCODE_OK;
     }
 
-    bool write(const WireAltAz& value, const internal::Time_t& sourceTime)
+    bool write(const WireAltAz& value, const fastdds::Time_t& sourceTime)
     {
-        return internal::code(writer_->write_w_timestamp(internal::asSample(&value), dds::HANDLE_NIL,
-                                                         sourceTime)) == internal::RETCODE_OK;
+        return fastdds::code(writer_->write_w_timestamp(fastdds::asSample(&value), dds::HANDLE_NIL,
+                                                        sourceTime)) == fastdds::RETCODE_OK;
     }
 
 private:
@@ -153,7 +155,7 @@ public:
         qos.history().depth = 1000;
         qos.resource_limits().max_samples = 40000;
         qos.resource_limits().max_instances = 100;
-        qos.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
+        qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
         subscriber_ = made(topic_.participant().create_subscriber(dds::SubscriberQos()), "subscriber");
         reader_ = made(subscriber_->create_datareader(topic_.get(), qos, listener), "reader");
     }
@@ -170,7 +172,7 @@ public:
     /// Takes samples on loan. @returns whether there were any.
     bool take(Samples& samples, dds::SampleInfoSeq& infos, std::int32_t limit)
     {
-        return internal::code(reader_->take(samples, infos, limit)) == internal::RETCODE_OK;
+        return fastdds::code(reader_->take(samples, infos, limit)) == fastdds::RETCODE_OK;
     }
 
     void giveBack(Samples& samples, dds::SampleInfoSeq& infos) { reader_->return_loan(samples, infos); }
@@ -196,13 +198,13 @@ template <class Handler>
 class BareListener final : public dds::DataReaderListener
 {
 public:
-    explicit BareListener(Handler handler) : handler_(std::move(handler)) {}
+    explicit BareListener(std::remove_const_t<Handler> handler) : handler_(std::move(handler)) {}
 
     void on_data_available(dds::DataReader* reader) override
     {
         WireAltAz value;
         dds::SampleInfo info;
-        while (internal::code(reader->take_next_sample(&value, &info)) == internal::RETCODE_OK) {
+        while (fastdds::code(reader->take_next_sample(&value, &info)) == fastdds::RETCODE_OK) {
             if (info.valid_data) {
                 handler_(value);
             }

@@ -54,8 +54,9 @@ private:
 /// A participant that the binding's transport has made, which also knows the profiles.
 ParticipantPointer makeParticipant(const StackSettings& settings)
 {
-    return ovra::plex::DdsPlex(settings.profiles.properties(settings.profileFile))
-        .getDomainParticipant(ovra::plex::Uri("dds+ps://" + std::to_string(settings.domain) + "/any"), {});
+    return ovra::plex::DdsPlex({}).getDomainParticipant(
+        ovra::plex::Uri("dds+ps://" + std::to_string(settings.domain) + "/any"),
+        settings.profiles.properties(settings.profileFile));
 }
 
 class BareStack final : public Stack

@@ -98,9 +98,9 @@ private:
     {
         const Handler& handler = *static_cast<const Handler*>(argument);
         bench_Position position{};
-        void* samples[] = {&position};
+        void* sample = &position;
         dds_sample_info_t info;
-        while (dds_take(reader, samples, &info, 1, 1) == 1) {
+        while (dds_take(reader, &sample, &info, 1, 1) == 1) {
             if (info.valid_data) {
                 handler({position.alt, position.az});
             }

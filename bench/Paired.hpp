@@ -83,8 +83,8 @@ private:
 
     void measureRound(const Comparison& comparison, bool bindingFirst)
     {
-        Slice first = (bindingFirst ? comparison.binding : comparison.bare)();
-        Slice second = (bindingFirst ? comparison.bare : comparison.binding)();
+        const Slice first = (bindingFirst ? comparison.binding : comparison.bare)();
+        const Slice second = (bindingFirst ? comparison.bare : comparison.binding)();
         const Slice& binding = bindingFirst ? first : second;
         const Slice& bare = bindingFirst ? second : first;
         const Slice common = comparison.common ? comparison.common() : [] {

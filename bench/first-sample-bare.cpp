@@ -6,14 +6,15 @@
 #include <chrono>
 #include <future>
 #include <iostream>
+#include <string>
 
-int main(int argc, char** argv)
+namespace
+{
+
+/// Waits for the first sample and prints when it came. @returns whether one came.
+bool printFirst(const std::string& domain, const std::string& topic)
 {
     using Clock = std::chrono::steady_clock;
-    if (argc != 3) {
-        std::cerr << "usage: " << argv[0] << " DOMAIN TOPIC\n";
-        return 2;
-    }
     std::promise<Clock::time_point> first;
     bool came = false;
     const auto note = [&](const plex::bench::WireAltAz&) {
@@ -23,12 +24,29 @@ int main(int argc, char** argv)
         }
     };
     plex::bench::BareListener<decltype(note)> listener(note);
-    const auto participant = plex::bench::makeBareParticipant(static_cast<unsigned>(std::stoul(argv[1])));
-    const plex::bench::BareReader reader(participant, argv[2], {}, &listener);
+    const auto participant = plex::bench::makeBareParticipant(static_cast<unsigned>(std::stoul(domain)));
+    const plex::bench::BareReader reader(participant, topic, {}, &listener);
     auto arrival = first.get_future();
     if (arrival.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
-        std::cerr << argv[0] << ": no sample came\n";
-        return 1;
+        std::cerr << "first-sample-bare: no sample came\n";
+        return false;
     }
     std::cout << arrival.get().time_since_epoch().count() << '\n';
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 3) {
+        std::cerr << "usage: " << argv[0] << " DOMAIN TOPIC\n";
+        return 2;
+    }
+    try {
+        return printFirst(argv[1], argv[2]) ? 0 : 1;
+    } catch (const std::exception& error) {
+        std::cerr << "first-sample-bare: " << error.what() << '\n';
+        return 1;
+    }
 }

@@ -11,6 +11,7 @@
 #include <malloc.h>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <utility>
 
 namespace plex::bench
 {
@@ -52,7 +53,7 @@ struct Publishing {
 
 /// A slice of publishing. What a reader gets is taken again before it makes writing dearer.
 template <class Publish>
-Slice publishing(const Publishing& how, std::shared_ptr<BareReader> reader, const Publish& publish)
+Slice publishing(const Publishing& how, const std::shared_ptr<BareReader>& reader, const Publish& publish)
 {
     constexpr int chunk = 20;
     const int chunks = how.historyFull ? 5 : 10;
@@ -109,7 +110,7 @@ MakeSide publishingBare(World& world, const Publishing& how)
 /// A slice of reading: `reads` calls that get `count` samples each, `times` times.
 /// @param read one such call; returns the number of samples that it got.
 template <class Read>
-Slice reading(std::shared_ptr<BareWriter> writer, int count, int reads, int times, const Read& read)
+Slice reading(const std::shared_ptr<BareWriter>& writer, int count, int reads, int times, const Read& read)
 {
     const WireAltAz value;
     return [=] {
@@ -121,7 +122,7 @@ Slice reading(std::shared_ptr<BareWriter> writer, int count, int reads, int time
             }
             total += timed(reads, [&] { got += read(); });
         }
-        require(got == static_cast<std::size_t>(count * reads * times), "samples are missing");
+        require(std::cmp_equal(got, count * reads * times), "samples are missing");
         return total / (reads * times);
     };
 }
@@ -214,7 +215,7 @@ MakeSide loaningBare(World& world)
 // --- Callbacks ---------------------------------------------------------------------------------------------
 
 /// A slice of writes, each timed from its beginning until `reached` is set.
-Slice reaching(std::shared_ptr<BareWriter> writer, std::shared_ptr<Clock::time_point> reached,
+Slice reaching(const std::shared_ptr<BareWriter>& writer, const std::shared_ptr<Clock::time_point>& reached,
                const std::shared_ptr<void>& held)
 {
     const WireAltAz value;
@@ -279,7 +280,7 @@ public:
         *arrival_ = Clock::now();
         WireAltAz value;
         dds::SampleInfo info;
-        while (internal::code(reader->take_next_sample(&value, &info)) == internal::RETCODE_OK) {
+        while (fastdds::code(reader->take_next_sample(&value, &info)) == fastdds::RETCODE_OK) {
         }
     }
 
@@ -589,19 +590,20 @@ private:
 
 int main(int argc, char** argv)
 {
-    CLI::App app{"Measures the binding against bare Fast DDS inside one process"};
-    plex::bench::Settings settings;
-    app.add_option("--only", settings.only, "regular expression for the names of what is measured");
-    app.add_option("--rounds", settings.rounds, "how often entities are made anew")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    app.add_option("--profiles", settings.profiles, "XML file of QoS profiles")->required();
-    app.add_flag("--self-check", settings.selfCheck, "bare against bare, to see what the figures are worth");
-    CLI11_PARSE(app, argc, argv);
-
-    log4cplus::BasicConfigurator::doConfigure(log4cplus::Logger::getDefaultHierarchy(), true);
-    log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL);
     try {
+        CLI::App app{"Measures the binding against bare Fast DDS inside one process"};
+        plex::bench::Settings settings;
+        app.add_option("--only", settings.only, "regular expression for the names of what is measured");
+        app.add_option("--rounds", settings.rounds, "how often entities are made anew")
+            ->check(CLI::PositiveNumber)
+            ->capture_default_str();
+        app.add_option("--profiles", settings.profiles, "XML file of QoS profiles")->required();
+        app.add_flag("--self-check", settings.selfCheck,
+                     "bare against bare, to see what the figures are worth");
+        CLI11_PARSE(app, argc, argv);
+
+        log4cplus::BasicConfigurator::doConfigure(log4cplus::Logger::getDefaultHierarchy(), true);
+        log4cplus::Logger::getRoot().setLogLevel(log4cplus::WARN_LOG_LEVEL);
         plex::bench::World world(settings.profiles);
         std::cout << plex::bench::Suite(settings, world).run().dump(2) << '\n';
         return 0;

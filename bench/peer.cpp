@@ -326,13 +326,13 @@ void serve(const std::string& roleName, const std::vector<std::string>& names, c
         auto& stack = stacks[name] = std::make_unique<NamedStack>(name, kinds.at(name)(settings));
         roles[name] = makeRole(roleName, *stack);
     }
-    std::cout << nlohmann::json("ready") << std::endl;
+    std::cout << nlohmann::json("ready") << '\n' << std::flush;
     for (std::string line; std::getline(std::cin, line);) {
         std::istringstream words(line);
         std::string verb;
         std::string stack;
         words >> verb >> stack;
-        std::cout << roles.at(stack)->command(words) << std::endl;
+        std::cout << roles.at(stack)->command(words) << '\n' << std::flush;
     }
 }
 
@@ -342,26 +342,26 @@ void serve(const std::string& roleName, const std::vector<std::string>& names, c
 
 int main(int argc, char** argv)
 {
-    CLI::App app{"One of two processes that exchange positions; told what to do on standard input"};
-    plex::bench::StackSettings settings;
     std::string role;
-    std::vector<std::string> stacks;
-    app.add_option("--role", role)->required()->check(CLI::IsMember({"ping", "pong", "source", "sink"}));
-    app.add_option("--stack", stacks, "stacks, made in this order")
-        ->required()
-        ->check(CLI::IsMember(plex::bench::stackKinds()));
-    app.add_option("--domain", settings.domain, "DDS domain")->required();
-    app.add_option("--profiles", settings.profileFile, "XML file of QoS profiles");
-    app.add_option("--library", settings.profiles.library, "library of profiles to use");
-    app.add_option("--reader", settings.profiles.reader, "profile of readers, instead of the library's");
-    app.add_flag("--reliable", settings.isReliable, "for stacks without profiles: lose nothing");
-    app.add_option("--sockets", settings.socketPath, "beginning of the names of local sockets");
-    app.add_flag_callback("--list-stacks", plex::bench::listStacks, "print the names of stacks, and end");
-    CLI11_PARSE(app, argc, argv);
-
-    log4cplus::BasicConfigurator::doConfigure(log4cplus::Logger::getDefaultHierarchy(), true);
-    log4cplus::Logger::getRoot().setLogLevel(log4cplus::FATAL_LOG_LEVEL);
     try {
+        CLI::App app{"One of two processes that exchange positions; told what to do on standard input"};
+        plex::bench::StackSettings settings;
+        std::vector<std::string> stacks;
+        app.add_option("--role", role)->required()->check(CLI::IsMember({"ping", "pong", "source", "sink"}));
+        app.add_option("--stack", stacks, "stacks, made in this order")
+            ->required()
+            ->check(CLI::IsMember(plex::bench::stackKinds()));
+        app.add_option("--domain", settings.domain, "DDS domain")->required();
+        app.add_option("--profiles", settings.profileFile, "XML file of QoS profiles");
+        app.add_option("--library", settings.profiles.library, "library of profiles to use");
+        app.add_option("--reader", settings.profiles.reader, "profile of readers, instead of the library's");
+        app.add_flag("--reliable", settings.isReliable, "for stacks without profiles: lose nothing");
+        app.add_option("--sockets", settings.socketPath, "beginning of the names of local sockets");
+        app.add_flag_callback("--list-stacks", plex::bench::listStacks, "print the names of stacks, and end");
+        CLI11_PARSE(app, argc, argv);
+
+        log4cplus::BasicConfigurator::doConfigure(log4cplus::Logger::getDefaultHierarchy(), true);
+        log4cplus::Logger::getRoot().setLogLevel(log4cplus::FATAL_LOG_LEVEL);
         plex::bench::serve(role, stacks, settings);
         return 0;
     } catch (const std::exception& error) {

@@ -19,12 +19,9 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_BUILD_RPATH $ORIGIN)
 set(CMAKE_INSTALL_RPATH $ORIGIN)
 
-# Processors fetch code in blocks of 32 bytes or more. Code that is not touched costs up to 4 % more or less
-# by where it comes to lie from one build to the next; with functions at these blocks, builds were at the lower end.
-# Calls into other libraries go without the table of jumps in between: it is code that falls out of the caches
-# while a process waits for the next value (builds with and without it, measured in turns: a callback took 1.033
-# instead of 1.045 of a bare listener). Nobody replaces this library's own functions, so they may be inlined although
-# they are exported (a loaned read: 1.143 instead of 1.159 of a bare one).
+# Processors fetch code in blocks of 32 bytes or more, so functions begin at them. Calls into other libraries go without
+# the table of jumps in between, which falls out of the caches while a process waits. Nobody replaces this library's own
+# functions, so they may be inlined although they are exported. docs/design.md has the figures.
 add_compile_options(-falign-functions=32 -fno-plt -fno-semantic-interposition)
 
 add_library(plex-warnings INTERFACE)
@@ -51,9 +48,25 @@ if(PLEX_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link) # libFuzzer's view of what an input reaches
 endif()
 
-# A shared library of the project, built from its sources under the common settings.
+# To read the headers of Fast DDS, and to make the engine's templates for a type, takes longer than to compile what most
+# sources add to that. So a target's sources are compiled as one.
+option(PLEX_UNITY_BUILD "Compile the sources of each library and test program together" ON)
+function(plex_compile_together name)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ${PLEX_UNITY_BUILD} UNITY_BUILD_BATCH_SIZE 0)
+endfunction()
+
+# plex_add_library(NAME [OPENED_BY_NAME] SOURCE…): a shared library of the project, under the common settings.
+#
+# OPENED_BY_NAME: a transport or module, which is opened as lib<name>.so. It has no version in its soname, so that the
+# loader knows a program's own copy by the name that it is asked for.
 function(plex_add_library name)
-    add_library(${name} SHARED ${ARGN})
+    cmake_parse_arguments(arg "OPENED_BY_NAME" "" "" ${ARGN})
+    add_library(${name} SHARED ${arg_UNPARSED_ARGUMENTS})
+    plex_compile_together(${name})
+    if(NOT arg_OPENED_BY_NAME) # before 1.0 a minor version may change what is exported
+        set_target_properties(${name} PROPERTIES
+            VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    endif()
     string(REGEX REPLACE "^plex-" "" exportName ${name})
     set_target_properties(${name} PROPERTIES EXPORT_NAME ${exportName})
     add_library(plex::${exportName} ALIAS ${name})

@@ -138,10 +138,12 @@ void display(const Settings& settings)
 // NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
 int main(int argc, char** argv)
 {
-    CLI::App app{"Shows the latest values of a dome until Ctrl-C"};
+    CommandLine commandLine("Shows the latest values of a dome until Ctrl-C");
     Settings settings;
-    settings.addTo(app);
-    CLI11_PARSE(app, argc, argv);
+    settings.addTo(commandLine);
+    if (const auto exitCode = commandLine.parse(argc, argv)) {
+        return *exitCode;
+    }
 
     configureLogging();
     std::signal(SIGINT, interrupt);

@@ -46,14 +46,16 @@ void publish(const Settings& settings, unsigned count, double rate)
 // NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
 int main(int argc, char** argv)
 {
-    CLI::App app{"Publishes the position and the temperature of a dome"};
+    CommandLine commandLine("Publishes the position and the temperature of a dome");
     Settings settings;
     unsigned count = 100;
     double rate = 20.0;
-    settings.addTo(app);
-    app.add_option("--count", count, "how many values of each topic")->capture_default_str();
-    app.add_option("--rate", rate, "values a second")->check(CLI::PositiveNumber)->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    settings.addTo(commandLine);
+    commandLine.option("--count", count, "how many values of each topic");
+    commandLine.option("--rate", rate, "values a second");
+    if (const auto exitCode = commandLine.parse(argc, argv)) {
+        return *exitCode;
+    }
 
     configureLogging();
     try {

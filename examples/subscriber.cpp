@@ -49,7 +49,7 @@ public:
     }
 
     /// Waits until everything has come. @returns whether it has, each value once and in order.
-    bool wait(std::chrono::seconds patience)
+    bool wait(std::chrono::duration<double> patience)
     {
         std::unique_lock<std::mutex> lock(mutex_);
         complete_.wait_for(lock, patience,
@@ -75,7 +75,7 @@ private:
     unsigned outOfOrder_ = 0;
 };
 
-bool receive(const Settings& settings, unsigned count, std::chrono::seconds patience)
+bool receive(const Settings& settings, unsigned count, std::chrono::duration<double> patience)
 {
     auto plex = ovra::plex::Plex::create(settings.properties());
     auto positions = plex->createSubscriber<vexstubif::AltAz>(settings.uri("dome/position"));
@@ -99,20 +99,20 @@ bool receive(const Settings& settings, unsigned count, std::chrono::seconds pati
 // NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
 int main(int argc, char** argv)
 {
-    CLI::App app{"Receives what the publisher example sends"};
+    CommandLine commandLine("Receives what the publisher example sends");
     Settings settings;
     unsigned count = 100;
-    int patience = 30;
-    settings.addTo(app);
-    app.add_option("--count", count, "how many values of each topic to expect")->capture_default_str();
-    app.add_option("--patience", patience, "how many seconds to wait for them")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    double patience = 30.0;
+    settings.addTo(commandLine);
+    commandLine.option("--count", count, "how many values of each topic to expect");
+    commandLine.option("--patience", patience, "how many seconds to wait for them");
+    if (const auto exitCode = commandLine.parse(argc, argv)) {
+        return *exitCode;
+    }
 
     configureLogging();
     try {
-        return receive(settings, count, std::chrono::seconds(patience)) ? 0 : 1;
+        return receive(settings, count, std::chrono::duration<double>(patience)) ? 0 : 1;
     } catch (const std::exception& error) {
         std::cerr << "subscriber: " << error.what() << '\n';
         return 1;

@@ -5,7 +5,7 @@
 #include "AltAzPubSubType.hpp"
 
 #include <plex/Export.hpp>
-#include <plex/ps/internal/SampleDeleters.hpp>
+#include <plex/module/SampleOwnership.hpp>
 #include <vexstubif/AltAz.hpp>
 
 #include <memory>
@@ -13,10 +13,10 @@
 namespace generated::ddsimpl::vexstubif
 {
 
-/// A AltAz of the application over a wire value that it owns, or borrows from DDS.
+/// An AltAz of the application over a wire value that it owns, or borrows from DDS.
 ///
 /// Threads: one at a time. A borrowing adapter must not outlive its loan.
-class PLEX_EXPORT AltAz final : public ::vexstubif::AltAz
+class PLEX_EXPORT AltAz : public ::vexstubif::AltAz
 {
 public:
     using DdsType = generated::dds_::vexstubif::AltAz;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "AltAzCdr.hpp"
 
-#include <plex/ps/internal/CdrMembers.hpp>
+#include <plex/module/CdrMembers.hpp>
 
 namespace eprosima::fastcdr
 {
 
 using generated::dds_::vexstubif::AltAz;
-namespace members = ovra::plex::ps::internal;
+namespace members = ovra::plex::ps::cdr;
 
 template <>
 std::size_t calculate_serialized_size(CdrSizeCalculator& calculator, const AltAz& data,

@@ -5,19 +5,50 @@
 #include "AltAzCdr.hpp"
 
 #include <plex/Export.hpp>
-#include <plex/ps/internal/PubSubType.hpp>
+#include <plex/module/PubSubType.hpp>
+
+#include <cstdint>
+#include <functional>
 
 namespace generated::dds_::vexstubif
 {
 
-/// How Fast DDS handles samples of AltAz: bounded, not plain, without a key.
-class PLEX_EXPORT AltAzPubSubType : public ovra::plex::ps::internal::PubSubType<AltAz>
+/// How Fast DDS handles samples of AltAz: bounded, not plain, without a key. Each operation is what the base
+/// says of it; they stand here so that the library exports them.
+class PLEX_EXPORT AltAzPubSubType : public ovra::plex::ps::PubSubType<AltAz>
 {
 public:
     using type = AltAz;
+    using SerializedPayload = ovra::plex::fastdds::SerializedPayload_t;
+    using InstanceHandle = ovra::plex::fastdds::InstanceHandle_t;
+    using DataRepresentationId = ovra::plex::fastdds::DataRepresentationId;
 
     AltAzPubSubType();
     ~AltAzPubSubType() override;
+
+    bool serialize(void* data, SerializedPayload* payload) override;
+    bool serialize(void* data, SerializedPayload* payload, DataRepresentationId representation) override;
+    bool deserialize(SerializedPayload* payload, void* data) override;
+    std::function<std::uint32_t()> getSerializedSizeProvider(void* data) override;
+    std::function<std::uint32_t()> getSerializedSizeProvider(void* data,
+                                                             DataRepresentationId representation) override;
+    void* createData() override;
+    void deleteData(void* data) override;
+    bool getKey(void* data, InstanceHandle* handle, bool forceMd5 = false) override;
+    bool is_bounded() const override;
+    bool is_plain() const override;
+    bool is_plain(DataRepresentationId representation) const override;
+    bool construct_sample(void* memory) const override;
+
+    // The same under the names of Fast DDS 3.
+    bool serialize(const void* data, SerializedPayload& payload,
+                   DataRepresentationId representation) override;
+    bool deserialize(SerializedPayload& payload, void* data) override;
+    std::uint32_t calculate_serialized_size(const void* data, DataRepresentationId representation) override;
+    void* create_data() override;
+    void delete_data(void* data) override;
+    bool compute_key(SerializedPayload& payload, InstanceHandle& handle, bool forceMd5 = false) override;
+    bool compute_key(const void* data, InstanceHandle& handle, bool forceMd5 = false) override;
 };
 
 } // namespace generated::dds_::vexstubif

@@ -5,7 +5,7 @@
 #include "DomeTemperaturePubSubType.hpp"
 
 #include <plex/Export.hpp>
-#include <plex/ps/internal/SampleDeleters.hpp>
+#include <plex/module/SampleOwnership.hpp>
 #include <vexstubif/DomeTemperature.hpp>
 
 #include <memory>
@@ -16,7 +16,7 @@ namespace generated::ddsimpl::vexstubif
 /// A DomeTemperature of the application over a wire value that it owns, or borrows from DDS.
 ///
 /// Threads: one at a time. A borrowing adapter must not outlive its loan.
-class PLEX_EXPORT DomeTemperature final : public ::vexstubif::DomeTemperature
+class PLEX_EXPORT DomeTemperature : public ::vexstubif::DomeTemperature
 {
 public:
     using DdsType = generated::dds_::vexstubif::DomeTemperature;

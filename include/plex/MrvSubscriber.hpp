@@ -23,7 +23,9 @@ public:
     /// @throws IllegalStateException inside a callback of Subscriber::subscribeAsync().
     virtual void close() = 0;
 
-    /// The latest value of every instance that is alive; empty when nothing was received yet.
+    /// The latest value of every instance that is alive; empty when nothing was received yet. A transport may
+    /// leave an instance out that lives on, until its next value, when one of its several writers has left
+    /// it.
     ///
     /// @param timeout sleeps for the whole of this time first, whether or not there is data; not negative.
     /// @throws IllegalStateException when the subscriber is closed.

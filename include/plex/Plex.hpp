@@ -84,31 +84,33 @@ public:
     template <class T>
     std::unique_ptr<T> createDataEntity(const std::string& scheme = "dds+ps")
     {
-        const Factory factory = findFactory("DataEntity", typeid(T), scheme, {});
+        const Factory factory = findFactory("DataEntity", typeid(T), scheme, properties_);
         return std::unique_ptr<T>(reinterpret_cast<T* (*)()>(factory.function)());
     }
 
 protected:
-    /// A factory function that a module library exports, and what it is to be called with.
+    /// A factory function that a module library exports, and the instance that it is to be called with.
     struct Factory {
         void (*function)();              ///< to be cast to its real signature
         std::shared_ptr<Plex> transport; ///< the transport's instance
-        Properties properties;           ///< settings of the instance under those of the call
     };
 
-    Plex();
+    /// @param properties settings for everything made through it.
+    explicit Plex(Properties properties = {});
 
     /// The factory of a kind ("Publisher", …) for a value type.
+    /// @param properties all settings that hold for the call.
     /// @throws PlexException when there is none.
     virtual Factory findFactory(const std::string& kind, const std::type_info& valueType,
                                 const std::string& scheme, const Properties& properties) = 0;
 
-    /// findFactory() of another instance, for one that hands its calls on.
-    static Factory findFactoryOf(Plex& transport, const std::string& kind, const std::type_info& valueType,
-                                 const std::string& scheme, const Properties& properties);
-
 private:
+    friend class TransportSelector; // hands its calls on to findFactory() of another instance
+
     static std::string schemeOf(const Uri& uri);
+
+    /// The properties of a call, and those of the instance that it does not give.
+    Properties settings(const Properties& ofCall) const;
 
     template <class Entity, class T>
     std::unique_ptr<Entity> createEntity(const char* kind, const Uri& uri, const ps::qos::QoSList& qos,
@@ -116,10 +118,13 @@ private:
     {
         using Function =
             Entity* (*)(const std::shared_ptr<Plex>&, const Uri&, const ps::qos::QoSList&, const Properties&);
-        const Factory factory = findFactory(kind, typeid(T), schemeOf(uri), properties);
+        const Properties all = settings(properties);
+        const Factory factory = findFactory(kind, typeid(T), schemeOf(uri), all);
         return std::unique_ptr<Entity>(
-            reinterpret_cast<Function>(factory.function)(factory.transport, uri, qos, factory.properties));
+            reinterpret_cast<Function>(factory.function)(factory.transport, uri, qos, all));
     }
+
+    const Properties properties_;
 };
 
 } // namespace ovra::plex

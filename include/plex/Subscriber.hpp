@@ -71,7 +71,7 @@ public:
     /// @param maxEvents stop after so many events (0: no limit).
     /// @param timeout how long to wait, not negative. With no limit of events the call returns after the
     ///        first data, with neither limit nor timeout it never waits, and with a limit but no timeout it
-    ///        waits until the limit is reached, using a whole core while it waits.
+    ///        waits until the limit is reached, in steps so short that waiting takes part of a core.
     /// @returns the number of events appended. Events appended before a failure stay.
     /// @throws IllegalStateException when the subscriber is closed, also while the call waits.
     /// @throws PlexException when the timeout is negative or the transport fails.

@@ -1,44 +1,58 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Installs the project, moves the tree, builds the examples and a binding of another module against it as projects
-# of their own, and runs an example.
+# Installs the project, moves the tree, and builds against it, as projects of their own: the README's first program, a
+# binding of another module with a program that uses it, and (configured only) the examples.
 set -euo pipefail
 
-project=$1 build=$2 fastdds=$3
+project=$1 build=$2
+shift 2
+libraries=$(IFS=: && echo "$*") # directories of those that the project stands on
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+fail() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+# configure PROJECT: makes its build directory.
+configure() {
+    CMAKE_PREFIX_PATH=$work/moved${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH} \
+        cmake -S "$work/$1" -B "$work/$1/build" -G Ninja >"$work/log" || fail "$(cat "$work/log")"
+}
+
+build() {
+    configure "$1"
+    cmake --build "$work/$1/build" >"$work/log" || fail "$(cat "$work/log")"
+}
+
+# expect OUTPUT PROGRAM [ARG…]. The tree names no directory, so those that are not the system's are said at run time.
+expect() {
+    local expected=$1 output
+    shift
+    output=$(LD_LIBRARY_PATH=$libraries:$work/module/build "$@")
+    [ "$output" = "$expected" ] || fail "unexpected output of ${1##*/}: $output"
+}
+
 cmake --install "$build" --prefix "$work/installed" >/dev/null
 mv "$work/installed" "$work/moved"
-if grep -rIl -e "$work/installed" -e "$project" "$work/moved"; then
-    echo 'the files above hold an absolute path' >&2
-    exit 1
+if grep -rIlE -e "$work/installed" -e "$project" -e '[";]/[^";]+\.(so|a)[";]' "$work/moved"; then
+    fail 'the files above hold an absolute path'
 fi
-
-cp -r "$project/examples" "$work/examples"
-cmake -S "$work/examples" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/moved" >"$work/log" ||
-    { cat "$work/log" && exit 1; }
-cmake --build "$work/build" --target first-program >"$work/log" || { cat "$work/log" && exit 1; }
-# The tree names no directory, so one that is not the system's is said at run time.
-output=$(LD_LIBRARY_PATH=$fastdds "$work/build/first-program")
-[ "$output" = 'altitude 45' ] || { echo "unexpected output: $output" >&2; exit 1; }
 test -r "$work/moved/share/plex/plex.xml"
 
-mkdir "$work/module"
-cp -r "$project/tests/support/keyed" "$work/module/keyed"
-cat >"$work/module/CMakeLists.txt" <<'CMAKE'
-cmake_minimum_required(VERSION 3.25)
-project(module LANGUAGES CXX)
-find_package(plex CONFIG REQUIRED COMPONENTS engine)
-file(GLOB sources keyed/*.cpp)
-add_library(plex-dds-keyed SHARED ${sources})
-target_include_directories(plex-dds-keyed PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-target_link_libraries(plex-dds-keyed PRIVATE plex::engine)
-target_link_options(plex-dds-keyed PRIVATE -Wl,--no-undefined)
-CMAKE
-prefixes=$work/moved${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH}
-CMAKE_PREFIX_PATH=$prefixes cmake -S "$work/module" -B "$work/module/build" -G Ninja >"$work/log" ||
-    { cat "$work/log" && exit 1; }
-cmake --build "$work/module/build" >"$work/log" || { cat "$work/log" && exit 1; }
-nm --dynamic --defined-only "$work/module/build/libplex-dds-keyed.so" |
-    grep -q ' T generated_dds_Publisher_keyed_Sensor$' || { echo 'the module exports no factory' >&2; exit 1; }
+cp -r "$project/docs/snippets/first-program" "$project/docs/snippets/module" "$project/examples" "$work"
+cp "$project/examples/first-program.cpp" "$work/first-program"
+cp -r "$project/tests/support/keyed" "$project/examples/instances.cpp" "$work/module"
+
+build first-program
+expect 'altitude 45' "$work/first-program/build/first-program"
+
+build module
+expect 'channel 2 had 0.5
+channel 2 had 1.5
+channel 1 has 0.75
+channel 2 has 1.5
+channel 3 has 2.25' "$work/module/build/instances" $((1 + $$ % 90))
+
+configure examples

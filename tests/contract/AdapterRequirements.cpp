@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // An adapter that lacks one thing, named by a macro. With none it is complete and compiles.
-#include <plex/ps/TopicAdapter.hpp>
+#include <plex/module/TopicAdapter.hpp>
 
 #include <memory>
 #include <string>
@@ -28,13 +28,13 @@ struct WireValue {
 
 class WirePubSubType
 #if !defined(LACKS_TOPIC_DATA_TYPE_BASE)
-    : public ovra::plex::ps::internal::TopicDataType
+    : public ovra::plex::fastdds::TopicDataType
 #endif
 {
 public:
-    using Payload = ovra::plex::ps::internal::SerializedPayload_t;
-    using Handle = ovra::plex::ps::internal::InstanceHandle_t;
-    using Representation = ovra::plex::ps::internal::DataRepresentationId;
+    using Payload = ovra::plex::fastdds::SerializedPayload_t;
+    using Handle = ovra::plex::fastdds::InstanceHandle_t;
+    using Representation = ovra::plex::fastdds::DataRepresentationId;
     using SizeProvider = std::function<std::uint32_t()>;
 
 #if defined(LACKS_TOPIC_DATA_TYPE_CONSTRUCTOR)

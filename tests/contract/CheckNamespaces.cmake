@@ -9,7 +9,7 @@ string(REPLACE ";" "," output "${output}")
 string(REPLACE "\n" ";" lines "${output}")
 
 set(own "(ovra|generated|vexstubif|network)::")
-set(others "(std|__gnu_cxx|boost|eprosima|foonathan|log4cplus)::")
+set(others "(std|__gnu_cxx|boost|eprosima|foonathan|log4cplus|network)::")
 set(plain "^(generated_dds_[A-Za-z]+_vexstubif_[A-Za-z]+|plex_create_transport_[a-z]+|__odr_asan.*)$")
 set(strays)
 foreach(line IN LISTS lines)

@@ -14,6 +14,7 @@ set(exported)
 foreach(line IN LISTS lines)
     string(REGEX REPLACE "^[0-9a-f]+ (.) (.*)$" "\\2" symbol "${line}")
     set(kind "${CMAKE_MATCH_1}")
+    string(REPLACE "eprosima::fastrtps::rtps::" "eprosima::fastdds::rtps::" symbol "${symbol}") # as Fast DDS 3 has it
     if(symbol MATCHES "lambda")
         continue() # compilers name them differently
     endif()

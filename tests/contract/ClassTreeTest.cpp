@@ -199,7 +199,7 @@ TEST(DataEventFilter, HasInstanceStateAndEventsInThisOrder)
     EXPECT_EQ(offsetIn(filter, &filter.instance), 8);
     EXPECT_EQ(offsetIn(filter, &filter.instanceState), 24);
     EXPECT_EQ(offsetIn(filter, &filter.events), 32);
-    EXPECT_EQ(sizeof filter, 32 + sizeof filter.events);
+    EXPECT_EQ(sizeof filter, 32 + sizeof(decltype(filter.events)));
 }
 
 TEST(DataEventFilter, TakesItsFieldsFromItsConstructor)

@@ -28,9 +28,9 @@ template <class Function>
 Function* factory(const std::string& symbol)
 {
     void* const library = dlopen(PLEX_TEST_MODULE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    EXPECT_NE(library, nullptr) << dlerror();
+    EXPECT_NE(library, nullptr) << dlerror(); // NOLINT(concurrency-mt-unsafe): no other thread loads
     void* const function = dlsym(library, symbol.c_str());
-    EXPECT_NE(function, nullptr) << dlerror();
+    EXPECT_NE(function, nullptr) << dlerror(); // NOLINT(concurrency-mt-unsafe): no other thread loads
     return reinterpret_cast<Function*>(function);
 }
 

@@ -2,7 +2,7 @@
 # An adapter that lacks something does not compile, and the compiler says in a sentence what it lacks.
 
 set(compile ${CMAKE_CXX_COMPILER} -std=c++20 -fsyntax-only
-    -I$<JOIN:$<TARGET_PROPERTY:plex-engine,INTERFACE_INCLUDE_DIRECTORIES>,$<SEMICOLON>-I>
+    -I$<JOIN:$<TARGET_PROPERTY:plex-dds-engine,INTERFACE_INCLUDE_DIRECTORIES>,$<SEMICOLON>-I>
     ${CMAKE_CURRENT_SOURCE_DIR}/AdapterRequirements.cpp)
 
 add_test(NAME AdapterRequirements.CompleteAdapterCompiles COMMAND ${compile} COMMAND_EXPAND_LISTS)

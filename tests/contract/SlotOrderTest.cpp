@@ -68,7 +68,7 @@ TYPED_TEST(SlotOrder, OfSubscriber)
     using Interface = Subscriber<TypeParam>;
     using T = TypeParam;
     using Fixture = TestFixture;
-    using Filter = typename Fixture::Filter;
+    using EventFilter = typename Fixture::Filter;
     using Events = typename Fixture::Events;
     using Callback = typename Fixture::Callback;
     using Notifier = typename Fixture::Notifier;
@@ -79,13 +79,13 @@ TYPED_TEST(SlotOrder, OfSubscriber)
     EXPECT_EQ((slotOf<bool(const T&, T&)>(&Interface::readInstance)), 6);
     EXPECT_EQ(slotOf<typename Fixture::Loan()>(&Interface::loanedRead), 7);
     EXPECT_EQ(slotOf<typename Fixture::Loan(const T&)>(&Interface::loanedReadInstance), 8);
-    EXPECT_EQ((slotOf<std::size_t(const Filter&, Events&, std::size_t, const milliseconds&)>(
+    EXPECT_EQ((slotOf<std::size_t(const EventFilter&, Events&, std::size_t, const milliseconds&)>(
                   &Interface::readDataEvents)),
               9);
-    EXPECT_EQ((slotOf<Registration(const Filter&, Callback)>(&Interface::subscribe)), 10);
+    EXPECT_EQ((slotOf<Registration(const EventFilter&, Callback)>(&Interface::subscribe)), 10);
     EXPECT_EQ((slotOf<std::size_t(std::size_t, const milliseconds&)>(&Interface::poll)), 11);
-    EXPECT_EQ((slotOf<Registration(const Filter&, Callback)>(&Interface::subscribeAsync)), 12);
-    EXPECT_EQ((slotOf<Registration(const Filter&, Notifier)>(&Interface::subscribeAsync)), 13);
+    EXPECT_EQ((slotOf<Registration(const EventFilter&, Callback)>(&Interface::subscribeAsync)), 12);
+    EXPECT_EQ((slotOf<Registration(const EventFilter&, Notifier)>(&Interface::subscribeAsync)), 13);
     EXPECT_EQ(slotCount<Interface>(), 14);
 }
 

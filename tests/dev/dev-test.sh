@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Tests of ./dev: dev-test.sh PROJECT CASE. They work on a copy of the script in a project of its own, with
+# Tests of ./dev: dev-test.sh PROJECT CASE. They work on a copy of its scripts in a project of its own, with
 # stand-ins for the tools that make and enter a private Debian; the stand-ins write down how they were called.
 set -euo pipefail
 
@@ -22,6 +22,7 @@ stand_in() {
 set_up() {
     mkdir -p -- "$work/bin" "$project/packaging" "$project/cmake"
     cp -- "$original/dev" "$project"
+    cp -- "$original"/packaging/*.sh "$project/packaging"
     cp -- "$original/cmake/PlexDependencies.cmake" "$project/cmake"
     echo one-package >"$project/packaging/packages.txt"
     stand_in mmdebstrap <<TEXT
@@ -87,6 +88,22 @@ left_overs() {
 
 AbsentPrefixIsRefused() {
     CMAKE_PREFIX_PATH=/usr:/not/there expect_refusal 'names /not/there' run true
+}
+
+AnswerOfTheHostIsRemembered() {
+    local tool
+    for tool in ninja c++ git; do
+        stand_in $tool <<<'exit 0'
+    done
+    stand_in cmake <<<"echo asked >>'$work/asked'"
+    unset PLEX_ENV
+    dev run true
+    dev run true
+    expect 2 "$(wc -l <"$work/asked")" # to configure and to build
+    echo '# one need more' >>"$project/cmake/PlexDependencies.cmake"
+    dev run true
+    expect 4 "$(wc -l <"$work/asked")"
+    [ ! -e "$made" ] || fail 'a private Debian was made although the host has everything'
 }
 
 CommandKeepsItsExitCode() {
@@ -161,6 +178,13 @@ KilledCallLeavesNothingBehind() {
     dev run true
     expect 1 "$(roots)"
     expect '' "$(left_overs)"
+}
+
+LinkLeadsToTheProject() {
+    ln -s "a project/dev" "$work/link"
+    (cd / && "$work/link" run true)
+    expect "$project" "$(grep -A1 -x -e --chdir "$entered" | tail -1)"
+    grep -qxF -- "$project/dev" "$entered"
 }
 
 OldRootsGoUnlessInUse() {

@@ -4,7 +4,7 @@
 #include <generated/vexstubif/AltAzAdapter.hpp>
 #include <generated/vexstubif/DomeTemperatureAdapter.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
-#include <plex/ps/internal/SampleAge.hpp>
+#include <plex/ps/internal/Time.hpp>
 
 #include <fastdds/dds/topic/ContentFilteredTopic.hpp>
 #include <fastdds/dds/topic/TypeSupport.hpp>
@@ -18,6 +18,7 @@ namespace
 {
 
 namespace dds = eprosima::fastdds::dds;
+namespace fastdds = ovra::plex::fastdds;
 namespace internal = ovra::plex::ps::internal;
 namespace qos = ovra::plex::ps::qos;
 
@@ -28,7 +29,6 @@ class Probe : public internal::DdsBasePubSub<T, ST>
 public:
     using internal::DdsBasePubSub<T, ST>::DdsBasePubSub;
     using internal::DdsBasePubSub<T, ST>::topicName_;
-    using internal::DdsBasePubSub<T, ST>::deadlinePeriod;
 
     void setState(internal::EntityState state) { this->state_ = state; }
 };
@@ -82,8 +82,8 @@ TEST_F(BaseEntityTest, IllFormedUriIsRefused)
 TEST_F(BaseEntityTest, TypeThatTheParticipantKnowsOtherwiseIsRefused)
 {
     const LogCapture log;
-    ASSERT_EQ(internal::code(dds::TypeSupport(new OtherType()).register_type(participant_.get())),
-              internal::RETCODE_OK);
+    ASSERT_EQ(fastdds::code(dds::TypeSupport(new OtherType()).register_type(participant_.get())),
+              fastdds::RETCODE_OK);
     const auto text = thrownText<PlexException>([&] { probe(); });
     EXPECT_EQ(text, "Failed to register a DDS type. Uri: " + uri.string() +
                         "type namegenerated::dds_::vexstubif::AltAz code:4");
@@ -136,7 +136,7 @@ TEST_F(BaseEntityTest, TopicOfTheApplicationIsUsedAndLeftInPlace)
     EXPECT_EQ(entity->createTopic(), std::pair(topic, false));
     release(topic);
     EXPECT_TRUE(topicExists());
-    EXPECT_EQ(internal::code(participant_->delete_topic(topic)), internal::RETCODE_OK);
+    EXPECT_EQ(fastdds::code(participant_->delete_topic(topic)), fastdds::RETCODE_OK);
 }
 
 TEST_F(BaseEntityTest, TopicOfAnotherTypeIsRefused)
@@ -213,7 +213,7 @@ TEST_F(BaseEntityTest, EmptyLibraryNameStillMeansProfiles)
 TEST_F(BaseEntityTest, DeadlinePeriodTakesMillisecondsAsNanoseconds)
 {
     const auto entity = probe({std::make_shared<qos::Deadline>(1500ms)});
-    EXPECT_EQ(entity->deadlinePeriod(), internal::Duration_t(1, 500));
+    EXPECT_EQ(internal::deadlinePeriod(1500), fastdds::Duration_t(1, 500));
 }
 
 TEST_F(BaseEntityTest, LastLatencyAndLastDeadlineOfTheListCount)
@@ -244,7 +244,7 @@ TEST_F(BaseEntityTest, LastLatencyAndLastDeadlineOfTheListCount)
 TEST_F(BaseEntityTest, QosIsExceededByTheSamplesOwnTime)
 {
     dds::SampleInfo old;
-    old.source_timestamp = internal::SampleTime(internal::WallTime::now().seconds - 10, 0U);
+    old.source_timestamp = fastdds::SampleTime(internal::WallTime::now().seconds - 10, 0U);
     const auto exceeded = [&](const QoSList& list) {
         return probe(list)->isQosExceeded(old);
     };

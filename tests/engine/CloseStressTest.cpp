@@ -130,7 +130,8 @@ private:
         GetParam() == Path::Participant ? readersPlex_
                                         : std::make_shared<ovra::plex::DdsPlex>(propertiesFor(GetParam()));
     /// Holds the participant between the rounds.
-    const std::shared_ptr<void> participant_ = readersPlex_->getDomainParticipant(uri, {});
+    const std::shared_ptr<void> participant_ =
+        readersPlex_->getDomainParticipant(uri, propertiesFor(GetParam()));
     std::unique_ptr<Writer> writer_;
     std::atomic<bool> stopped_ = false;
     std::thread traffic_;

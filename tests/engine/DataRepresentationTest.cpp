@@ -68,7 +68,7 @@ protected:
         const auto participant = plex->getDomainParticipant(uri, properties);
         auto* const subscriber = participant->create_subscriber(dds::SubscriberQos());
         dds::DataReaderQos qos;
-        ovra::plex::ps::internal::representationOf(qos).m_value = {accepted};
+        ovra::plex::fastdds::representationOf(qos).m_value = {accepted};
         qos.reliability().kind = reliability;
         auto* const reader = subscriber->create_datareader(topic(*participant), qos);
         dds::SubscriptionMatchedStatus status;
@@ -254,9 +254,9 @@ protected:
 
 private:
     const std::shared_ptr<ovra::plex::DdsPlex> sendersPlex_ =
-        std::make_shared<ovra::plex::DdsPlex>(Properties{{"dds.qos.profile.file", NO_INTRAPROCESS_FILE}});
+        std::make_shared<ovra::plex::DdsPlex>(Properties{});
     const std::shared_ptr<dds::DomainParticipant> sendersParticipant_ =
-        sendersPlex_->getDomainParticipant(uri, {});
+        sendersPlex_->getDomainParticipant(uri, {{"dds.qos.profile.file", NO_INTRAPROCESS_FILE}});
 };
 
 TEST_F(RemoteRepresentationTest, ValuesArriveWhateverEachSideAsksFor)

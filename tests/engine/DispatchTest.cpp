@@ -295,7 +295,7 @@ TEST_F(DispatchTest, SamplePastItsDeadlineIsTakenAndNotDelivered)
 
 TEST_F(DispatchTest, MissedDeadlineIsOneWarningAndNoCallback)
 {
-    LogCapture log;
+    const LogCapture log;
     const QoSList qos{std::make_shared<qos::Deadline>(1000ms)};
     const auto publisher = this->publisher(qos);
     const auto subscriber = this->subscriber(qos);
@@ -317,7 +317,7 @@ TEST_F(DispatchTest, MissedDeadlineIsOneWarningAndNoCallback)
 
 TEST_F(DispatchTest, IncompatiblePublisherIsOneWarning)
 {
-    LogCapture log;
+    const LogCapture log;
     const auto subscriber = this->subscriber({std::make_shared<qos::Deadline>(1000ms)});
     const auto warnings = [&] {
         return log.count(listenerLogger, log4cplus::WARN_LOG_LEVEL, "Requested incompatible QoS ");

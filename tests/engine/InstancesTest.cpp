@@ -3,6 +3,8 @@
 #include "KeyedTest.hpp"
 
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <string>
 
 namespace plex::test
@@ -90,7 +92,7 @@ TEST_F(InstancesTest, LoanedReadInstanceLoansItsOldestSample)
 
 TEST_F(InstancesTest, ForeignValueNamesNoInstance)
 {
-    LogCapture log;
+    const LogCapture log;
     const ForeignSensor foreign("a");
     EXPECT_EQ(thrownText<IllegalStateException>([&] { reader->readInstance(foreign); }), foreignRefused);
     EXPECT_EQ(thrownText<IllegalStateException>([&] { reader->loanedReadInstance(foreign); }),
@@ -390,6 +392,20 @@ TEST_F(InstanceEndTest, EventReadForLiveInstancesPassesOverThoseThatEnded)
     EXPECT_THAT(readings(events), ElementsAre(Reading{"c", 3}));
 }
 
+TEST_F(InstanceEndTest, DisposalThatIsThereDoesNotEndAnEventRead)
+{
+    plain.write("a", 1);
+    ASSERT_EQ(reader->read(0).size(), 1U);
+    plain.dispose("a");
+    SensorEvents events;
+    auto result = std::async(std::launch::async,
+                             [&] { return reader->readDataEvents(any(), events, 0, patience * 3); });
+    EXPECT_NE(result.wait_for(50ms), std::future_status::ready);
+    plain.write("b", 2);
+    EXPECT_EQ(result.get(), 1U);
+    EXPECT_THAT(readings(events), ElementsAre(Reading{"b", 2}));
+}
+
 TEST_F(InstanceEndTest, InstanceWrittenAgainIsNewAgain)
 {
     std::vector<Reading> first;
@@ -406,6 +422,13 @@ TEST_F(InstanceEndTest, InstanceWrittenAgainIsNewAgain)
 struct Room {
     const char* library;
     int instances;
+
+    friend std::ostream& operator<<(std::ostream& out, const Room& room)
+    {
+        std::string name = *room.library == '\0' ? "none" : room.library;
+        std::ranges::replace(name, '-', '_');
+        return out << name;
+    }
 };
 
 class InstanceRoomTest : public KeyedTest, public testing::WithParamInterface<Room>
@@ -430,10 +453,6 @@ TEST_P(InstanceRoomTest, OfAPublisherIsLimited)
 INSTANTIATE_TEST_SUITE_P(Profiles, InstanceRoomTest,
                          testing::Values(Room{"", 100}, Room{"reliable", 10}, Room{"latched", 100},
                                          Room{"latest-only", 10}, Room{"high-rate", 1}),
-                         [](const auto& room) {
-                             std::string name = *room.param.library == '\0' ? "none" : room.param.library;
-                             std::ranges::replace(name, '-', '_');
-                             return name;
-                         });
+                         testing::PrintToStringParamName());
 
 } // namespace plex::test

@@ -3,7 +3,6 @@
 
 #include <generated/vexstubif/AltAz.hpp>
 #include <generated/vexstubif/AltAzPubSubType.hpp>
-#include <plex/ps/internal/Entities.hpp>
 
 #include <fastdds/dds/publisher/DataWriter.hpp>
 #include <fastdds/dds/publisher/Publisher.hpp>
@@ -19,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <malloc.h>
+#include <src/engine/ShortestLife.hpp>
 #include <sstream>
 #include <string>
 

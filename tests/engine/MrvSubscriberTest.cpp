@@ -98,7 +98,7 @@ TEST_F(MrvSubscriberTest, ValuePublishedDuringTheSleepIsReturned)
 
 TEST_F(MrvSubscriberTest, NegativeTimeoutIsRefusedAtOnceAndNotLogged)
 {
-    LogCapture log;
+    const LogCapture log;
     const auto subscriber = mrvSubscriber();
     EXPECT_EQ(thrownText<PlexException>([&] { subscriber->readMostRecent(-1ms); }),
               "Negative timeout given to Mrv subscriber readMostRecent. Uri:" + uri.string());
@@ -118,7 +118,7 @@ TEST_F(MrvSubscriberTest, ClosedSubscriberRefusesToReadBeforeItLooksAtTheTimeout
 
 TEST_F(MrvSubscriberTest, SecondCloseOnlyLogsADebugRecord)
 {
-    LogCapture log;
+    const LogCapture log;
     const auto subscriber = mrvSubscriber();
     subscriber->close();
     EXPECT_EQ(log.count(logger, log4cplus::DEBUG_LOG_LEVEL, "MrvSubscriber already closed"), 0);
@@ -148,7 +148,7 @@ TEST_F(MrvSubscriberTest, DroppingClosesWithoutARecord)
 {
     const auto holder = participant();
     auto subscriber = mrvSubscriber();
-    LogCapture log;
+    const LogCapture log;
     subscriber.reset();
     EXPECT_FALSE(topicExists());
     EXPECT_THAT(log.records(), IsEmpty());
@@ -230,6 +230,20 @@ TEST_F(MrvSubscriberTest, InstanceStaysWhileOneOfItsPublishersIsLeft)
     publish(*staying, "a", 2);
     going.reset();
     EXPECT_THAT(readings(subscriber->readMostRecent(0ms)), ElementsAre(Reading{"a", 2}));
+}
+
+/// DDS keeps one sample of an instance, and the notice that a writer has unregistered it is one.
+TEST_F(MrvSubscriberTest, NoticeOfOneOfTwoForeignWritersHidesTheValueUntilTheNextOne)
+{
+    const auto subscriber = mrvSensorSubscriber();
+    PlainWriter going(*this);
+    PlainWriter staying(*this);
+    going.write("a", 1);
+    staying.write("a", 2);
+    going.unregister("a");
+    EXPECT_THAT(subscriber->readMostRecent(0ms), testing::IsEmpty());
+    staying.write("a", 3);
+    EXPECT_THAT(readings(subscriber->readMostRecent(0ms)), ElementsAre(Reading{"a", 3}));
 }
 
 } // namespace plex::test

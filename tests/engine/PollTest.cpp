@@ -33,6 +33,18 @@ TEST_F(PollTest, CallsBackWithWhatIsWaiting)
     EXPECT_THAT(reader->read(0), IsEmpty());
 }
 
+TEST_F(PollTest, ValuesOfAPublisherThatWentAreLeftToReads)
+{
+    const auto handle = reader->subscribe(Filter(InstanceState::Any), hearing(heard));
+    auto going = publisher();
+    publishPositions(*going, 40); // more than DDS gives at a time
+    writer->close();
+    going.reset();
+    EXPECT_EQ(reader->poll(0, moment), 0U);
+    EXPECT_THAT(heard, IsEmpty());
+    EXPECT_EQ(reader->read(0).size(), 40U);
+}
+
 TEST_F(PollTest, TimeoutOfZeroTakesNothing)
 {
     const auto handle = reader->subscribe({}, hearing(heard));
@@ -44,7 +56,7 @@ TEST_F(PollTest, TimeoutOfZeroTakesNothing)
 
 TEST_F(PollTest, NegativeTimeoutIsRefusedAndNotLogged)
 {
-    LogCapture log;
+    const LogCapture log;
     publishPositions(*writer, 1);
     EXPECT_EQ(thrownText<PlexException>([&] { reader->poll(0, -1ms); }),
               "Negative timeout given to poll. Uri:" + uri.string());

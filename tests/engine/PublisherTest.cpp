@@ -3,7 +3,7 @@
 
 #include <generated/vexstubif/AltAzAdapter.hpp>
 #include <plex/ps/DdsPublisher.hpp>
-#include <plex/ps/internal/Publishing.hpp>
+#include <plex/ps/internal/Time.hpp>
 
 #include <atomic>
 #include <limits>
@@ -15,6 +15,7 @@ namespace plex::test
 namespace
 {
 
+namespace fastdds = ovra::plex::fastdds;
 namespace internal = ovra::plex::ps::internal;
 using Publisher = ovra::plex::ps::DdsPublisher<AltAz, generated::ddsimpl::vexstubif::AltAz>;
 
@@ -120,33 +121,36 @@ TEST_F(PublisherTest, SourceTimestampArrivesWithTheValue)
     EXPECT_DOUBLE_EQ(events[0]->getSourceTimestamp(), 1700000000.5);
 }
 
-TEST_F(PublisherTest, TimeBeforeTheEpochIsRefusedByDds)
+TEST_F(PublisherTest, TimeBeforeTheEpochIsRefusedBeforeDdsIsAsked)
 {
     const auto publisher = this->publisher();
-    const LogCapture log;
-    const auto text = thrownText<PlexException>([&] { publisher->publish(-1.5, *position(1), 0ms); });
-    EXPECT_EQ(text, "Writer failed to write for dds publisher Uri:" + uri.string() + " code:3");
-    EXPECT_EQ(log.count("plexDdsPublisher", log4cplus::ERROR_LOG_LEVEL, "errMsg:" + text), 1);
+    const auto subscriber = this->subscriber();
+    for (const double timestamp : {-1.5, -1.0, -0.5, -1e-9}) {
+        EXPECT_EQ(thrownText<PlexException>([&] { publisher->publish(timestamp, *position(1), 0ms); }),
+                  "Source timestamp does not fit 32 bits of seconds: " + std::to_string(timestamp));
+    }
+    EXPECT_THAT(subscriber->read(0), testing::IsEmpty());
 }
 
 TEST(SourceTimeTest, SecondsAreTruncatedAndTheRestBecomesNanoseconds)
 {
-    EXPECT_EQ(internal::toSourceTime(0.0), internal::Time_t(0, 0));
-    EXPECT_EQ(internal::toSourceTime(1.5), internal::Time_t(1, 500'000'000));
-    EXPECT_EQ(internal::toSourceTime(2147483647.0), internal::Time_t(2147483647, 0));
+    EXPECT_EQ(internal::toSourceTime(0.0), fastdds::Time_t(0, 0));
+    EXPECT_EQ(internal::toSourceTime(1.5), fastdds::Time_t(1, 500'000'000));
+    EXPECT_EQ(internal::toSourceTime(-0.0), fastdds::Time_t(0, 0));
+    EXPECT_EQ(internal::toSourceTime(2147483646.5), fastdds::Time_t(2147483646, 500'000'000));
 }
 
-TEST(SourceTimeTest, NegativeRemainderIsConvertedAsItIs)
+TEST(SourceTimeTest, NanosecondsStayBelowASecond)
 {
-    EXPECT_EQ(internal::toSourceTime(-1.5), internal::Time_t(-1, static_cast<std::uint32_t>(-500'000'000)));
-    EXPECT_EQ(internal::toSourceTime(-2147483648.0), internal::Time_t(-2147483647 - 1, 0));
+    EXPECT_EQ(internal::toSourceTime(std::nextafter(1.0, 0.0)), fastdds::Time_t(0, 999'999'999));
+    EXPECT_EQ(internal::toSourceTime(std::nextafter(2.0, 0.0)), fastdds::Time_t(1, 999'999'999));
 }
 
 TEST(SourceTimeTest, TimeThatDoesNotFitIsRefused)
 {
     using Limits = std::numeric_limits<double>;
-    for (const double timestamp :
-         {2147483648.0, -2147483649.0, 1e300, Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()}) {
+    for (const double timestamp : {2147483647.0, -0.5, -1e-9, -1.0, -1.5, -2147483649.0, 1e300,
+                                   Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()}) {
         EXPECT_THROW(internal::toSourceTime(timestamp), PlexException) << timestamp;
     }
 }

@@ -79,7 +79,7 @@ TEST_F(ReentryTest, PublishingInsideACallbackReachesOtherSubscribersAtOnce)
 
 TEST_F(ReentryTest, AsynchronousSubscriptionInsideAnAsynchronousCallbackIsRefusedAndLogged)
 {
-    LogCapture log;
+    const LogCapture log;
     int calls = 0;
     const auto handle = subscribe(*subscriber, Kind::Async, Filter(InstanceState::Alive), [&] {
         ++calls;
@@ -133,7 +133,7 @@ TEST_F(ReentryTest, AsynchronousSubscriptionsMayBeChangedInsideASynchronousCallb
 
 TEST_F(ReentryTest, PollInsideASynchronousCallbackIsRefusedAndLogged)
 {
-    LogCapture log;
+    const LogCapture log;
     constexpr const char* refused = "poll can not be called inside a callback that it serves";
     int calls = 0;
     const auto handle = subscribe(*subscriber, Kind::Sync, {}, [&] {
@@ -216,7 +216,7 @@ protected:
 
 TEST_P(ReentryByKindTest, ClosingTheOwnSubscriptionInsideACallbackIsRefusedAndLogged)
 {
-    LogCapture log;
+    const LogCapture log;
     int calls = 0;
     Handle handle;
     handle = subscribe(*subscriber, GetParam(), {}, [&] {
@@ -234,7 +234,7 @@ TEST_P(ReentryByKindTest, ClosingTheOwnSubscriptionInsideACallbackIsRefusedAndLo
 
 TEST_P(ReentryByKindTest, ClosingTheSubscriberInsideItsCallbackIsRefusedAndLogged)
 {
-    LogCapture log;
+    const LogCapture log;
     int calls = 0;
     const auto handle = subscribe(*subscriber, GetParam(), {}, [&] {
         ++calls;
@@ -324,7 +324,7 @@ class ReentryDeathTest : protected DyingProcess, public ReentryByKindTest
 protected:
     void SetUp() override
     {
-        log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));
+        const log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));
         log4cplus::Logger::getRoot().addAppender(console);
     }
 

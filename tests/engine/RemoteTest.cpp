@@ -19,7 +19,8 @@ protected:
     void SetUp() override
     {
         // Loading the file switches for the process, and must come before any participant.
-        sendersParticipant_ = sendersPlex_->getDomainParticipant(uri, {});
+        sendersParticipant_ =
+            sendersPlex_->getDomainParticipant(uri, {{"dds.qos.profile.file", NO_INTRAPROCESS_FILE}});
     }
 
     std::unique_ptr<Writer> remotePublisher()
@@ -32,8 +33,8 @@ protected:
         return std::unique_ptr<SensorWriter>(generated_dds_Publisher_keyed_Sensor(sendersPlex_, uri, {}, {}));
     }
 
-    const std::shared_ptr<ovra::plex::DdsPlex> sendersPlex_ = std::make_shared<ovra::plex::DdsPlex>(
-        Properties{{"dds.wait_for_ack.timeout_ms", "0"}, {"dds.qos.profile.file", NO_INTRAPROCESS_FILE}});
+    const std::shared_ptr<ovra::plex::DdsPlex> sendersPlex_ =
+        std::make_shared<ovra::plex::DdsPlex>(Properties{{"dds.wait_for_ack.timeout_ms", "0"}});
     std::shared_ptr<eprosima::fastdds::dds::DomainParticipant> sendersParticipant_;
 };
 

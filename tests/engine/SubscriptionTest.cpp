@@ -106,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, FilterPairTest,
 
 TEST_F(SubscriptionTest, CollisionIsLoggedAndLeavesTheRegisteredSubscriptionAlone)
 {
-    LogCapture log;
+    const LogCapture log;
     const auto publisher = this->publisher();
     const auto subscriber = this->subscriber();
     std::vector<Heard> heard;

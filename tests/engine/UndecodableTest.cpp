@@ -14,6 +14,7 @@ namespace plex::test
 using testing::ElementsAre;
 using testing::IsEmpty;
 namespace dds = eprosima::fastdds::dds;
+namespace fastdds = ovra::plex::fastdds;
 namespace internal = ovra::plex::ps::internal;
 
 /// Writes positions that no reader can decode where the altitude is negative: as a peer would whose type goes
@@ -23,8 +24,8 @@ class SpoilingType final : public generated::dds_::vexstubif::AltAzPubSubType
 public:
     using AltAzPubSubType::serialize;
 
-    bool serialize(void* data, internal::SerializedPayload_t* payload,
-                   internal::DataRepresentationId representation) override
+    bool serialize(void* data, fastdds::SerializedPayload_t* payload,
+                   fastdds::DataRepresentationId representation) override
     {
         const bool done = AltAzPubSubType::serialize(data, payload, representation);
         if (static_cast<const type*>(data)->alt() < 0) {
@@ -63,7 +64,7 @@ protected:
     {
         generated::dds_::vexstubif::AltAz value;
         value.alt(alt);
-        writer_->write(internal::asSample(&value));
+        writer_->write(fastdds::asSample(&value));
     }
 
     void write(std::initializer_list<double> alts)

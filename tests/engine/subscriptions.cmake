@@ -22,6 +22,7 @@ plex_add_test(engine-instance-tests
         InstancePublisherTest.cpp
         InstancesTest.cpp
         KeyedModuleTest.cpp
+        ModuleCheckTest.cpp
         MrvSubscriberTest.cpp
     LIBRARIES plex-dds-vexstubif plex-dds-keyed)
 target_compile_definitions(engine-instance-tests PRIVATE

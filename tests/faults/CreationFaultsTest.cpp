@@ -67,12 +67,12 @@ constexpr Creation creations[] = {
      "Failed to create data reader for Mrv dds subscriber. Uri:<uri>"},
 };
 
-std::string creationName(const testing::TestParamInfo<Creation>& info)
+std::ostream& operator<<(std::ostream& out, const Creation& creation)
 {
     static constexpr const char* entities[] = {"Publisher", "Subscriber", "MrvSubscriber"};
-    const std::string step = info.param.step;
-    return entities[static_cast<int>(info.param.entity)] +
-           (info.param.withProfiles ? std::string("ByProfiles_") : "_") + step.substr(step.rfind(':') + 1);
+    const std::string step = creation.step;
+    return out << entities[static_cast<int>(creation.entity)] << (creation.withProfiles ? "ByProfiles_" : "_")
+               << step.substr(step.rfind(':') + 1);
 }
 
 } // namespace
@@ -118,7 +118,8 @@ TEST_P(EachCreationFaultsTest, RefusedStepIsNamedAndNothingIsLeftBehind)
     EXPECT_TRUE(releasedClean(holder));
 }
 
-INSTANTIATE_TEST_SUITE_P(Entities, EachCreationFaultsTest, testing::ValuesIn(creations), creationName);
+INSTANTIATE_TEST_SUITE_P(Entities, EachCreationFaultsTest, testing::ValuesIn(creations),
+                         testing::PrintToStringParamName());
 
 TEST_F(CreationFaultsTest, RefusedTypeIsNamedWithTheCodeAndNothingIsLeftBehind)
 {

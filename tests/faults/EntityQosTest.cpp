@@ -52,7 +52,7 @@ TEST_F(EntityQosTest, WriterKeepsAllUpToItsLimits)
     EXPECT_EQ(made.resource_limits().max_samples, 40000);
     EXPECT_EQ(made.resource_limits().max_instances, 100);
     EXPECT_EQ(made.reliability().kind, dds::RELIABLE_RELIABILITY_QOS);
-    EXPECT_EQ(made.endpoint().history_memory_policy, internal::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE);
+    EXPECT_EQ(made.endpoint().history_memory_policy, fastdds::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE);
     EXPECT_EQ(static_cast<int>(made.endpoint().history_memory_policy), 2);
 }
 
@@ -65,8 +65,8 @@ TEST_F(EntityQosTest, WriterOfAnInstancePublisherHasTheDefaultDepth)
     EXPECT_EQ(made.history().depth, dds::DataWriterQos().history().depth);
     EXPECT_EQ(made.resource_limits().max_samples, 40000);
     EXPECT_EQ(made.resource_limits().max_instances, 100);
-    EXPECT_EQ(made.endpoint().history_memory_policy, internal::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE);
-    EXPECT_EQ(made.deadline().period, internal::Duration_t(1, 500));
+    EXPECT_EQ(made.endpoint().history_memory_policy, fastdds::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE);
+    EXPECT_EQ(made.deadline().period, fastdds::Duration_t(1, 500));
 }
 
 TEST_F(EntityQosTest, ReaderKeepsAllUpToItsLimits)
@@ -77,13 +77,13 @@ TEST_F(EntityQosTest, ReaderKeepsAllUpToItsLimits)
     EXPECT_EQ(made.resource_limits().max_samples, 40000);
     EXPECT_EQ(made.resource_limits().max_instances, 100);
     EXPECT_EQ(made.reliability().kind, dds::BEST_EFFORT_RELIABILITY_QOS);
-    EXPECT_EQ(made.endpoint().history_memory_policy, internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE);
+    EXPECT_EQ(made.endpoint().history_memory_policy, fastdds::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE);
 }
 
 TEST_F(EntityQosTest, DeadlineIsThatOfTheListWithItsMillisecondsAsNanoseconds)
 {
-    EXPECT_EQ(writerQos(deadline(1500ms)).deadline().period, internal::Duration_t(1, 500));
-    EXPECT_EQ(readerQos(deadline(1500ms)).deadline().period, internal::Duration_t(1, 500));
+    EXPECT_EQ(writerQos(deadline(1500ms)).deadline().period, fastdds::Duration_t(1, 500));
+    EXPECT_EQ(readerQos(deadline(1500ms)).deadline().period, fastdds::Duration_t(1, 500));
 }
 
 TEST_F(EntityQosTest, DeadlineOfZeroOrLessIsNone)
@@ -121,7 +121,7 @@ TEST_F(EntityQosTest, MrvReaderKeepsTheLastSampleWhateverTheListAndTheProfilesSa
     dds::DataReaderQos expected;
     expected.history().kind = dds::KEEP_LAST_HISTORY_QOS;
     expected.history().depth = 1;
-    expected.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
+    expected.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
     EXPECT_EQ(reader->get_qos().history(), expected.history());
     EXPECT_EQ(reader->get_qos().deadline(), expected.deadline());
     EXPECT_EQ(reader->get_qos().reliability().kind, dds::BEST_EFFORT_RELIABILITY_QOS);

@@ -35,9 +35,9 @@ constexpr Strategy waiting[] = {
 
 constexpr Strategy all[] = {cache, waiting[0], waiting[1], waiting[2]};
 
-std::string strategyName(const testing::TestParamInfo<Strategy>& info)
+std::ostream& operator<<(std::ostream& out, const Strategy& strategy)
 {
-    return info.param.name;
+    return out << strategy.name;
 }
 
 } // namespace
@@ -88,7 +88,8 @@ TEST_P(EventReadFaultsTest, LoanThatCannotBeReturnedEndsTheProcess)
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Strategies, EventReadFaultsTest, testing::ValuesIn(all), strategyName);
+INSTANTIATE_TEST_SUITE_P(Strategies, EventReadFaultsTest, testing::ValuesIn(all),
+                         testing::PrintToStringParamName());
 
 class WaitFaultsTest : public EventReadFaultsTest
 {
@@ -138,7 +139,8 @@ TEST_P(WaitFaultsTest, ConditionThatCannotBeDeletedEndsTheProcess)
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Strategies, WaitFaultsTest, testing::ValuesIn(waiting), strategyName);
+INSTANTIATE_TEST_SUITE_P(Strategies, WaitFaultsTest, testing::ValuesIn(waiting),
+                         testing::PrintToStringParamName());
 
 /// Without a fault: the waits are counted.
 class EventReadWaitTest : public FaultTest
@@ -153,6 +155,28 @@ TEST_F(EventReadWaitTest, TimeoutBelow100MillisecondsIsOneWaitOfTheShortestKind)
     const CallCount count("WaitSet::wait", waits);
     EXPECT_EQ(subscriber->readDataEvents(Filter(), events, 0, 99ms), 0U);
     EXPECT_EQ(waits, 1);
+}
+
+TEST_F(EventReadWaitTest, ReadOfTheCacheGivesWhatHadArrivedWhenItBegan)
+{
+    const auto publisher = FaultTest::publisher();
+    const auto subscriber = FaultTest::subscriber();
+    Events events;
+    publishPositions(*publisher, 40); // more than DDS gives at a time
+    const Meanwhile more("DataReader::take", [&] { publishPositions(*publisher, 5, 40); });
+    EXPECT_EQ(subscriber->readDataEvents(Filter(), events, 0, 0ms), 40U);
+    EXPECT_EQ(subscriber->readDataEvents(Filter(), events, 0, 0ms), 5U);
+}
+
+TEST_F(EventReadWaitTest, ClosingEndsAReadWithALimitBetweenTwoTakes)
+{
+    const auto publisher = FaultTest::publisher();
+    const auto subscriber = FaultTest::subscriber();
+    Events events;
+    publishPositions(*publisher, 1000);
+    const Meanwhile closing("DataReader::take", [&] { subscriber->close(); });
+    EXPECT_THROW(subscriber->readDataEvents(Filter(), events, 1000, 0ms), IllegalStateException);
+    EXPECT_LT(events.size(), 100U);
 }
 
 } // namespace plex::test

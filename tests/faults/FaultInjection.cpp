@@ -66,11 +66,11 @@ bool Unlockable::contains(const void* mutex)
 Disturbance* disturbanceOf(const std::string& operation)
 {
     const std::lock_guard lock(disturbances().mutex);
-    auto& all = disturbances().all;
-    const auto found = std::find_if(all.rbegin(), all.rend(), [&](const Disturbance* disturbance) {
+    const auto& known = disturbances().all;
+    const auto found = std::find_if(known.rbegin(), known.rend(), [&](const Disturbance* disturbance) {
         return disturbance->operation() == operation;
     });
-    if (found == all.rend()) {
+    if (found == known.rend()) {
         return nullptr;
     }
     (*found)->count();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <fastdds/dds/subscriber/DataReader.hpp>
 #include <fastdds/dds/subscriber/SampleInfo.hpp>
@@ -22,9 +22,9 @@
 namespace plex::test
 {
 
-using ovra::plex::ps::internal::ReturnCode;
+using ovra::plex::fastdds::ReturnCode;
 
-namespace internal = ovra::plex::ps::internal;
+namespace fastdds = ovra::plex::fastdds;
 
 /// Something that is to happen around the calls of an operation while it lives. A test fails whose
 /// disturbance never took place, but for a mere count.
@@ -39,7 +39,7 @@ public:
     virtual bool fails() { return false; }
 
     /// The code that a failing call returns, where it returns one.
-    virtual ReturnCode code() const { return internal::RETCODE_OK; }
+    virtual ReturnCode code() const { return fastdds::RETCODE_OK; }
 
     /// Whether a failing call does its work all the same.
     virtual bool isCarriedOut() const { return true; }
@@ -76,7 +76,7 @@ public:
         Work work = Work::Undone; ///< Done: the operation works all the same, and only says that it failed
     };
 
-    explicit Fault(std::string operation, ReturnCode code = internal::RETCODE_ERROR)
+    explicit Fault(std::string operation, ReturnCode code = fastdds::RETCODE_ERROR)
         : Fault(std::move(operation), code, Details())
     {
     }

@@ -14,10 +14,10 @@
 namespace plex::test
 {
 
-using internal::RETCODE_ERROR;
-using internal::RETCODE_NO_DATA;
-using internal::RETCODE_PRECONDITION_NOT_MET;
-using internal::RETCODE_TIMEOUT;
+using fastdds::RETCODE_ERROR;
+using fastdds::RETCODE_NO_DATA;
+using fastdds::RETCODE_PRECONDITION_NOT_MET;
+using fastdds::RETCODE_TIMEOUT;
 
 /// Every code with which DDS can refuse an operation (DDS 1.4, 2.2.1.1), but for NO_DATA.
 inline constexpr ReturnCode refusals[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 12};
@@ -112,7 +112,7 @@ private:
 
     static void logToStandardError()
     {
-        log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));
+        const log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true, true));
         console->setLayout(std::make_unique<log4cplus::PatternLayout>("%p %c: %m%n"));
         log4cplus::Logger::getRoot().addAppender(console);
     }

@@ -29,13 +29,13 @@
 namespace
 {
 
-using ovra::plex::ps::internal::DdsReturnCode;
-using ovra::plex::ps::internal::DdsSample;
-using ovra::plex::ps::internal::Duration_t;
-using ovra::plex::ps::internal::InstanceHandle_t;
-using ovra::plex::ps::internal::PayloadPool;
-using ovra::plex::ps::internal::ReturnCode;
-using ovra::plex::ps::internal::Time_t;
+using ovra::plex::fastdds::DdsReturnCode;
+using ovra::plex::fastdds::DdsSample;
+using ovra::plex::fastdds::Duration_t;
+using ovra::plex::fastdds::InstanceHandle_t;
+using ovra::plex::fastdds::PayloadPool;
+using ovra::plex::fastdds::ReturnCode;
+using ovra::plex::fastdds::Time_t;
 using plex::test::Disturbance;
 using plex::test::disturbanceOf;
 
@@ -98,15 +98,15 @@ void change(Disturbance& /*disturbance*/, const Other& /*argument*/)
 
 /// Calls the real operation, or does what a disturbance wants instead.
 template <class Function, class Object, class... Arguments>
-auto call(const char* operation, Function own, Object* object, Arguments&&... arguments)
+auto call(const char* operation, Function own, Object* object, Arguments&... arguments)
 {
-    using Result = std::invoke_result_t<Function, Object*, Arguments...>;
+    using Result = std::invoke_result_t<Function, Object*, Arguments&...>;
     Disturbance* const disturbance = disturbanceOf(operation);
     const bool fails = disturbance != nullptr && disturbance->fails();
     if (fails && !disturbance->isCarriedOut()) {
         return failed<Result>(disturbance->code());
     }
-    const Result result = std::invoke(realOf(own), object, std::forward<Arguments>(arguments)...);
+    const Result result = std::invoke(realOf(own), object, arguments...);
     if (disturbance != nullptr) {
         (change(*disturbance, arguments), ...);
     }

@@ -6,8 +6,8 @@
 #include <plex/ps/DdsPublisher.hpp>
 #include <plex/ps/DdsSubscriber.hpp>
 #include <plex/ps/InstanceDdsPublisher.hpp>
-#include <plex/ps/internal/TopicUses.hpp>
 
+#include <src/engine/TopicUses.hpp>
 #include <system_error>
 
 namespace plex::test
@@ -40,7 +40,7 @@ TEST_F(MutexFaultsTest, NothingIsMadeWithoutTheTopicsLockAndNothingIsLeftBehind)
 {
     auto holder = participant();
     {
-        const Unlockable topics(internal::topicUses().mutex);
+        const Unlockable topics(ovra::plex::ps::internal::topicUses().mutex);
         expectUnlocked([&] { publisher(); });
         expectUnlocked([&] { subscriber(); });
         expectUnlocked([&] { mrvSubscriber(); });

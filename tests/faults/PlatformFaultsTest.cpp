@@ -52,7 +52,7 @@ TEST_F(PlatformFaultsTest, ParticipantThatCannotBeDeletedIsLoggedOnly)
     }
     EXPECT_EQ(recordsOf(log), records({error(logger, "Failed to delete participant code:2")}));
     auto* const factory = eprosima::fastdds::dds::DomainParticipantFactory::get_instance();
-    EXPECT_EQ(internal::code(factory->delete_participant(stays)), internal::RETCODE_OK);
+    EXPECT_EQ(fastdds::code(factory->delete_participant(stays)), fastdds::RETCODE_OK);
 }
 
 TEST_F(PlatformFaultsTest, ParticipantThatIsNeverEmptyIsWarnedOfAndThenLogged)

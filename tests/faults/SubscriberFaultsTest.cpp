@@ -42,7 +42,7 @@ TEST_F(SubscriberFaultsTest, ReadThatFailsLaterOnReturnsWhatItHasTaken)
     std::size_t taken = 0;
     {
         const LogCapture log;
-        const Fault fault("DataReader::take", internal::RETCODE_ERROR, {.fromCall = 2});
+        const Fault fault("DataReader::take", fastdds::RETCODE_ERROR, {.fromCall = 2});
         taken = subscriber->read(0).size();
         EXPECT_EQ(recordsOf(log),
                   records({error(logger, "errMsg:Reader take failed for dds subscriber. Uri:" + uriText() +
@@ -51,6 +51,29 @@ TEST_F(SubscriberFaultsTest, ReadThatFailsLaterOnReturnsWhatItHasTaken)
     }
     EXPECT_GT(taken, 0U);
     EXPECT_EQ(subscriber->read(0).size(), 50 - taken);
+}
+
+TEST_F(SubscriberFaultsTest, ReadOfAllGivesWhatHadArrivedWhenItBegan)
+{
+    const auto publisher = this->publisher();
+    const auto subscriber = this->subscriber();
+    publishPositions(*publisher, 40); // more than DDS gives at a time
+    {
+        const Meanwhile more("DataReader::take", [&] { publishPositions(*publisher, 5, 40); });
+        EXPECT_EQ(subscriber->read(0).size(), 40U);
+    }
+    EXPECT_THAT(altitudes(subscriber->read(0)), ElementsAre(40, 41, 42, 43, 44));
+}
+
+TEST_F(SubscriberFaultsTest, ReadOfAllReturnsWhatItHasTakenWhenClosingBegins)
+{
+    const auto publisher = this->publisher();
+    const auto subscriber = this->subscriber();
+    publishPositions(*publisher, 100);
+    const Meanwhile closing("DataReader::take", [&] { subscriber->close(); });
+    const auto values = subscriber->read(0);
+    EXPECT_GT(values.size(), 0U);
+    EXPECT_LT(values.size(), 100U);
 }
 
 TEST_F(SubscriberFaultsTest, FailedReadOfAnInstanceIsReportedAndLeavesTheSample)
@@ -114,7 +137,7 @@ TEST_F(SubscriberFaultsTest, InstanceThatTheReaderDoesNotKnowIsNoFailure)
 {
     const auto subscriber = sensorSubscriber();
     const LogCapture log;
-    const Fault fault("DataReader::take_instance", internal::RETCODE_BAD_PARAMETER);
+    const Fault fault("DataReader::take_instance", fastdds::RETCODE_BAD_PARAMETER);
     EXPECT_EQ(subscriber->readInstance(*sensor("a")), nullptr);
     EXPECT_EQ(subscriber->loanedReadInstance(*sensor("a")), nullptr);
     EXPECT_THAT(recordsOf(log), IsEmpty());

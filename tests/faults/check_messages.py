@@ -12,7 +12,7 @@ import pathlib
 import re
 import sys
 
-SOURCE_FOLDERS = ("include/plex", "generated", "platform")
+SOURCE_FOLDERS = ("include/plex", "src", "generated", "platform")
 SOURCE_SUFFIXES = (".hpp", ".inl", ".cpp", ".h")
 OUTCOMES = (None, "process ends", "PlexException", "IllegalStateException", "std::runtime_error", "std::system_error",
             "eprosima::fastcdr::exception::BadParamException",

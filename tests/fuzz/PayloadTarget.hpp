@@ -5,7 +5,7 @@
 #include "Check.hpp"
 #include "GuardedMemory.hpp"
 
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <algorithm>
 #include <cstdint>
@@ -15,9 +15,9 @@
 namespace plex::fuzz
 {
 
-using ovra::plex::ps::internal::InstanceHandle_t;
-using ovra::plex::ps::internal::SerializedPayload_t;
-using ovra::plex::ps::internal::TopicDataType;
+using ovra::plex::fastdds::InstanceHandle_t;
+using ovra::plex::fastdds::SerializedPayload_t;
+using ovra::plex::fastdds::TopicDataType;
 
 /// A payload over memory that is not its own.
 class BorrowedPayload : public SerializedPayload_t
@@ -87,15 +87,17 @@ private:
     static void checkMark(int mark, std::span<const std::uint8_t> input, bool accepted)
     {
         if (accepted) {
-            const auto order = Encoding::of(input).value().order;
-            check(mark == (order == std::endian::big ? CDR_BE : CDR_LE), "the mark is the byte order");
+            const auto encoding = Encoding::of(input);
+            check(encoding.has_value(), "what is accepted has an encoding");
+            check(encoding && mark == (encoding->order == std::endian::big ? CDR_BE : CDR_LE),
+                  "the mark is the byte order");
         } else {
             check(mark == CDR_BE || mark == CDR_LE || mark == BorrowedPayload::unmarked, "the mark is one");
         }
     }
 
     void checkWriting(Value& value, const Members& members,
-                      ovra::plex::ps::internal::DataRepresentationId representation)
+                      ovra::plex::fastdds::DataRepresentationId representation)
     {
         const auto expected =
             encode(members, representation != eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION);

@@ -17,6 +17,9 @@
 namespace plex::test
 {
 
+namespace
+{
+
 using namespace std::chrono_literals;
 using ovra::plex::Uri;
 
@@ -280,5 +283,7 @@ TEST_F(PeerTest, OrdinaryPublisherIsNotMatchedByAnXcdr2Reader)
         EXPECT_EQ(reader.finish(), "incompatible data representation\n") << extensibility;
     }
 }
+
+} // namespace
 
 } // namespace plex::test

@@ -120,15 +120,16 @@ void runSubscriber(Plex& plex, const ovra::plex::Uri& uri)
 // NOLINTNEXTLINE(bugprone-exception-escape): what fails before the try block has nobody to tell
 int main(int argc, char** argv)
 {
-    CLI::App app{"One side of a topic"};
+    CommandLine commandLine("One side of a topic");
     Settings settings;
     std::string acknowledgmentTimeout = "5000";
-    settings.addTo(app);
-    app.add_option("--wait-for-ack-ms", acknowledgmentTimeout)->capture_default_str();
-    const auto* const publishing = app.add_subcommand("publish");
-    app.add_subcommand("subscribe");
-    app.require_subcommand(1);
-    CLI11_PARSE(app, argc, argv);
+    settings.addTo(commandLine);
+    commandLine.option("--wait-for-ack-ms", acknowledgmentTimeout, "how long closing waits for subscribers");
+    std::string side;
+    commandLine.word("side", side, "publish or subscribe");
+    if (const auto exitCode = commandLine.parse(argc, argv)) {
+        return *exitCode;
+    }
 
     configureLogging();
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // each line reaches the test at once
@@ -137,7 +138,13 @@ int main(int argc, char** argv)
         properties["dds.wait_for_ack.timeout_ms"] = acknowledgmentTimeout;
         const auto plex = Plex::create(properties);
         const auto uri = settings.uri("network/" + settings.library);
-        publishing->parsed() ? runPublisher(*plex, uri) : runSubscriber(*plex, uri);
+        if (side == "publish") {
+            runPublisher(*plex, uri);
+        } else if (side == "subscribe") {
+            runSubscriber(*plex, uri);
+        } else {
+            throw std::invalid_argument("no side: " + side);
+        }
     } catch (const std::exception& error) {
         std::cerr << "peer: " << error.what() << '\n';
         return 1;

@@ -75,21 +75,22 @@ struct IllFormed {
 const std::vector<IllFormed>& illFormed()
 {
     static const std::vector<IllFormed> all{
-        {{"http://0/t", "dds://0/t", "dds+://0/t", "ddsx+ps://0/t", "dd://0/t", "xdds+ps://0/t", "//0/t", "t",
-          ""},
+        {{"http://0/t", "dds://0/t", "dds+://0/t", "ddsx+ps://0/t", "dd://0/t", "xdds+ps://0/t"},
          "its scheme does not begin with \"dds+\" and a profile"},
-        {{"dds+ps:t", "dds+ps:/t", "dds+ps:"},
+        {{"dds+ps:t", "dds+ps:/t", "dds+ps:", "dds+ps:/", "dds+ps:?q", "dds+ps:%zz"},
          "it has no authority (the part after \"//\", which may be empty)"},
-        {{"dds+ps://user@0/t", "dds+ps://user:secret@0/t", "dds+ps://@0/t"}, "it has user info"},
-        {{"dds+ps://0:7400/t", "dds+ps://0:/t"}, "it has a port"},
+        {{"dds+ps://user@0/t", "dds+ps://user:secret@0/t", "dds+ps://user@[::1]/t"}, "it has user info"},
+        {{"dds+ps://0:7400/t", "dds+ps://0:/t", "dds+ps://0:x/t", "dds+ps://0:1:2/t", "dds+ps://[::1]:5/t"},
+         "it has a port"},
         {{"dds+ps://0/t?q=1", "dds+ps://0/t?"}, "it has a query"},
         {{"dds+ps://0/t#f", "dds+ps://0/t#"}, "it has a fragment"},
         {{"dds+ps://233/t", "dds+ps://-1/t", "dds+ps://-0/t", "dds+ps://+1/t", "dds+ps://1.0/t",
           "dds+ps://0x1/t", "dds+ps://1e1/t", "dds+ps://host/t", "dds+ps://4294967296/t",
-          "dds+ps://18446744073709551616/t", "dds+ps://[::1]/t", "dds+ps://127.0.0.1/t", "dds+ps://%31/t",
+          "dds+ps://18446744073709551616/t", "dds+ps://[::1]/t", "dds+ps://[::1/t", "dds+ps://[0]1/t",
+          "dds+ps://127.0.0.1/t", "dds+ps://a b/t", "dds+ps:// 0/t", "dds+ps://%zz/t", "dds+ps://%31/t",
           "dds+ps://1,2/t"},
          "its domain is not a whole number from 0 to 232"},
-        {{"dds+ps://0", "dds+ps://0/", "dds+ps://", "dds+ps:///"}, "its topic is empty"},
+        {{"dds+ps://0", "dds+ps://0/", "dds+ps:///"}, "its topic is empty"},
         {{"dds+ps://0/" + repeated("x", 256), "dds+ps://0/" + repeated("%41", 256)},
          "its topic is longer than 255 bytes"},
         {{"dds+ps://0/%00", "dds+ps://0/a%00", "dds+ps://0/a%00b"}, "its topic holds a NUL character"}};
@@ -123,6 +124,27 @@ TEST(DdsUri, IllFormedIsRefusedWithTheRuleThatItBreaks)
     }
 }
 
+TEST(DdsUri, EmptyUriIsRefused)
+{
+    EXPECT_EQ(refusalOf([] { DdsUriHelper::checkUri(Uri(), false); }),
+              "Uri  is not a DDS Uri: its scheme does not begin with \"dds+\" and a profile");
+}
+
+/// With a bracket amid the authority, a copy may have other parts than the original, and even those of a DDS
+/// URI.
+TEST(DdsUri, CopyOfAnIllFormedOneIsRefusedToo)
+{
+    for (const std::string text : {"dds+ps://000[]/t", "dds+ps://0000000[]/t", "dds+ps://00%4[]/tt"}) {
+        const Uri original(text);
+        const Uri copy(
+            original); // NOLINT(performance-unnecessary-copy-initialization): the copy is what is tested
+        for (const auto* const uri : {&original, &copy}) {
+            EXPECT_EQ(refusalOf([&] { DdsUriHelper::checkUri(*uri, false); }),
+                      "Uri " + text + " is not a DDS Uri: its domain is not a whole number from 0 to 232");
+        }
+    }
+}
+
 TEST(DdsUri, RefusalIsLoggedWhereAskedFor)
 {
     const LogCapture log;
@@ -137,7 +159,8 @@ TEST(DdsUri, RefusalIsLoggedWhereAskedFor)
 TEST(DdsUri, IsOfPublishSubscribeByItsSchemeAlone)
 {
     EXPECT_TRUE(DdsUriHelper::isPubSubUri(Uri("dds+ps:ill-formed?")));
-    for (const char* const text : {"dds+rpc://0/t", "http://0/t", "ps://0/t", "t", ""}) {
+    EXPECT_FALSE(DdsUriHelper::isPubSubUri(Uri()));
+    for (const char* const text : {"dds+rpc://0/t", "http://0/t", "ps://0/t"}) {
         EXPECT_FALSE(DdsUriHelper::isPubSubUri(Uri(text))) << text;
     }
 }

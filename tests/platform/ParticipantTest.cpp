@@ -3,6 +3,7 @@
 
 #include <generated/vexstubif/AltAzPubSubType.hpp>
 #include <plex/dds/DdsPlex.hpp>
+#include <vexstubif/AltAz.hpp>
 
 #include <fastdds/dds/domain/DomainParticipant.hpp>
 #include <fastdds/dds/domain/DomainParticipantFactory.hpp>
@@ -90,13 +91,22 @@ TEST_F(Participant, IsTheSameWhereverItsDomainIsNamed)
 
 TEST_F(Participant, HasTheDomainOfTheCallRatherThanOfTheInstance)
 {
-    const auto plex =
-        std::make_shared<DdsPlex>(Plex::Properties{{"dds.domain", std::to_string(testDomain())}});
+    const auto plex = Plex::create({{"dds.domain", std::to_string(testDomain())}});
+    const Plex::Properties ofCall{{"dds.domain", std::to_string(otherDomain())}};
     const Uri withoutDomain("dds+ps:///topic");
-    EXPECT_EQ(plex->getDomainParticipant(withoutDomain, {})->get_domain_id(), testDomain());
-    EXPECT_EQ(plex->getDomainParticipant(withoutDomain, {{"dds.domain", std::to_string(otherDomain())}})
-                  ->get_domain_id(),
-              otherDomain());
+    const auto expectDomains = [&](const auto& create) {
+        const auto inOwnDomain = create({});
+        EXPECT_EQ(participantsIn(testDomain()), 1U);
+        EXPECT_EQ(participantsIn(otherDomain()), 0U);
+        const auto inDomainOfCall = create(ofCall);
+        EXPECT_EQ(participantsIn(otherDomain()), 1U);
+    };
+    using vexstubif::AltAz;
+    using Properties = const Plex::Properties&;
+    expectDomains([&](Properties given) { return plex->createPublisher<AltAz>(withoutDomain, {}, given); });
+    expectDomains([&](Properties given) { return plex->createSubscriber<AltAz>(withoutDomain, {}, given); });
+    expectDomains(
+        [&](Properties given) { return plex->createMrvSubscriber<AltAz>(withoutDomain, {}, given); });
 }
 
 TEST_F(Participant, LeavesTheChoiceOfTransportsToAnEnvironmentThatMakesIt)
@@ -133,7 +143,7 @@ TEST_F(Participant, IsDeletedWithWhatIsLeftInIt)
 {
     const LogCapture log;
     auto held = participant();
-    dds::TypeSupport type(new generated::dds_::vexstubif::AltAzPubSubType());
+    const dds::TypeSupport type(new generated::dds_::vexstubif::AltAzPubSubType());
     type.register_type(held.get());
     EXPECT_NE(held->create_topic("left", type.get_type_name(), dds::TOPIC_QOS_DEFAULT), nullptr);
     EXPECT_NE(held->create_publisher(dds::PUBLISHER_QOS_DEFAULT), nullptr);
@@ -170,6 +180,13 @@ TEST_F(Participant, IsRefusedForAnIllFormedUriWhichIsLogged)
     const auto text = refusalOf([&] { participant(Uri("dds+ps://0/t?q")); });
     EXPECT_EQ(text, "Uri dds+ps://0/t?q is not a DDS Uri: it has a query");
     EXPECT_EQ(log.count("plexDdsUriHelper", log4cplus::ERROR_LOG_LEVEL, text), 1);
+}
+
+TEST_F(Participant, IsRefusedForItsUriBeforeAnyProperty)
+{
+    const Plex::Properties bad{{"dds.domain", "233"}, {"dds.qos.profile.file", "/no/such/file.xml"}};
+    EXPECT_EQ(refusalOf([&] { participant(Uri("dds+ps:///t?q"), bad); }),
+              "Uri dds+ps:///t?q is not a DDS Uri: it has a query");
 }
 
 TEST_F(Participant, IsRefusedForADomainThatIsNone)

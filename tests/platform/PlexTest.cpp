@@ -58,10 +58,10 @@ using testing::StartsWith;
 
 const std::string modules = PLEX_TEST_MODULES_DIR;
 const Plex::Properties modulePath{{"dds.module.path", modules}};
-const Uri uri("dds+ps://0/topic");
+const Uri anyUri("dds+ps://0/topic");
 
 template <class T>
-std::string publisherRefusal(const Plex::Properties& properties = modulePath, const Uri& address = uri)
+std::string publisherRefusal(const Plex::Properties& properties = modulePath, const Uri& address = anyUri)
 {
     return refusalOf([&] { Plex::create(properties)->createPublisher<T>(address); });
 }
@@ -86,10 +86,8 @@ TEST(Plex, NamesTheLibraryOfATransportThatIsMissing)
 
 TEST(Plex, RefusesAUriWithoutAScheme)
 {
-    for (const char* const text : {"", "topic", "//0/topic"}) {
-        EXPECT_EQ(publisherRefusal<telltale::Value>(modulePath, Uri(text)),
-                  "Uri names no transport: it has no scheme");
-    }
+    EXPECT_EQ(publisherRefusal<telltale::Value>(modulePath, Uri()),
+              "Uri names no transport: it has no scheme");
 }
 
 TEST(Plex, NamesTheLibraryOfAModuleThatIsMissing)
@@ -122,15 +120,15 @@ TEST(Plex, NamesTheSymbolThatAModuleLacksForEveryKind)
     const std::vector<std::pair<std::string, std::function<void()>>> kinds{
         {"Publisher",
          [&] {
-             plex->createPublisher<hollow::Value>(uri);
+             plex->createPublisher<hollow::Value>(anyUri);
          }},
         {"Subscriber",
          [&] {
-             plex->createSubscriber<hollow::Value>(uri);
+             plex->createSubscriber<hollow::Value>(anyUri);
          }},
         {"MrvSubscriber",
          [&] {
-             plex->createMrvSubscriber<hollow::Value>(uri);
+             plex->createMrvSubscriber<hollow::Value>(anyUri);
          }},
         {"DataEntity", [&] {
              plex->createDataEntity<hollow::Value>();
@@ -154,11 +152,11 @@ TEST(Plex, HandsItsArgumentsToTheModulesFactory)
     const auto plex = Plex::create(modulePath);
     const QoSList qos{std::make_shared<Deadline>(std::chrono::seconds(1)),
                       std::make_shared<Latency>(std::chrono::seconds(2))};
-    EXPECT_EQ(refusalOf([&] { plex->createPublisher<telltale::Value>(uri, qos, {{"a", "1"}}); }),
+    EXPECT_EQ(refusalOf([&] { plex->createPublisher<telltale::Value>(anyUri, qos, {{"a", "1"}}); }),
               "Publisher dds+ps://0/topic qos:2 plex:given a=1");
-    EXPECT_EQ(refusalOf([&] { plex->createSubscriber<telltale::Value>(uri, qos, {{"a", "1"}}); }),
+    EXPECT_EQ(refusalOf([&] { plex->createSubscriber<telltale::Value>(anyUri, qos, {{"a", "1"}}); }),
               "Subscriber dds+ps://0/topic qos:2 plex:given a=1");
-    EXPECT_EQ(refusalOf([&] { plex->createMrvSubscriber<telltale::Value>(uri, {}, {{"a", "1"}}); }),
+    EXPECT_EQ(refusalOf([&] { plex->createMrvSubscriber<telltale::Value>(anyUri, {}, {{"a", "1"}}); }),
               "MrvSubscriber dds+ps://0/topic qos:0 plex:given a=1");
     EXPECT_EQ(plex->createDataEntity<telltale::Value>()->number, 42);
 }
@@ -176,14 +174,19 @@ TEST(Plex, LeavesTheRulesOfAUriToItsTransport)
               "Publisher dds://0 qos:0 plex:given");
 }
 
-TEST(Plex, MergesThePropertiesOfTheCallOverItsOwn)
+TEST(Plex, GivesEachEntityItsOwnPropertiesUnderThoseOfTheCall)
 {
     const auto plex = Plex::create({{"dds.module.path", modules}, {"a", "instance"}, {"b", "instance"}});
-    const auto text =
-        refusalOf([&] { plex->createPublisher<telltale::Value>(uri, {}, {{"b", "call"}, {"c", "call"}}); });
-    EXPECT_EQ(text, "Publisher dds+ps://0/topic qos:0 plex:given a=instance b=call c=call");
-    EXPECT_EQ(refusalOf([&] { plex->createPublisher<telltale::Value>(uri); }),
-              "Publisher dds+ps://0/topic qos:0 plex:given a=instance b=instance");
+    const Plex::Properties ofCall{{"b", "call"}, {"c", "call"}};
+    const std::string given = " dds+ps://0/topic qos:0 plex:given ";
+    EXPECT_EQ(refusalOf([&] { plex->createPublisher<telltale::Value>(anyUri, {}, ofCall); }),
+              "Publisher" + given + "a=instance b=call c=call");
+    EXPECT_EQ(refusalOf([&] { plex->createSubscriber<telltale::Value>(anyUri, {}, ofCall); }),
+              "Subscriber" + given + "a=instance b=call c=call");
+    EXPECT_EQ(refusalOf([&] { plex->createMrvSubscriber<telltale::Value>(anyUri, {}, ofCall); }),
+              "MrvSubscriber" + given + "a=instance b=call c=call");
+    EXPECT_EQ(refusalOf([&] { plex->createPublisher<telltale::Value>(anyUri); }),
+              "Publisher" + given + "a=instance b=instance");
 }
 
 TEST(Plex, LooksForModulesWhereTheCallSays)
@@ -191,9 +194,9 @@ TEST(Plex, LooksForModulesWhereTheCallSays)
     const TemporaryDirectory directory;
     const auto scrap = directory.write("libplex-dds-telltale.so", "this is no library\n");
     const auto plex = Plex::create({{"dds.module.path", directory.path()}});
-    EXPECT_THAT(refusalOf([&] { plex->createPublisher<telltale::Value>(uri); }),
+    EXPECT_THAT(refusalOf([&] { plex->createPublisher<telltale::Value>(anyUri); }),
                 StartsWith("Cannot load library " + scrap));
-    EXPECT_THAT(refusalOf([&] { plex->createPublisher<telltale::Value>(uri, {}, modulePath); }),
+    EXPECT_THAT(refusalOf([&] { plex->createPublisher<telltale::Value>(anyUri, {}, modulePath); }),
                 StartsWith("Publisher "));
 }
 

@@ -3,7 +3,7 @@
 #include "TemporaryDirectory.hpp"
 
 #include <plex/dds/DdsPlex.hpp>
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <fastdds/dds/domain/DomainParticipant.hpp>
 #include <fastdds/dds/domain/qos/DomainParticipantQos.hpp>
@@ -74,7 +74,7 @@ TEST_F(ProfileFile, ThatIsShippedAnnouncesParticipantsEverySecond)
     for (const auto* const library : {"reliable", "latched", "latest-only", "high-rate"}) {
         const auto participant = plex_->getDomainParticipant(testUri(), properties(PROFILE_FILE, library));
         const auto& discovery = participant->get_qos().wire_protocol().builtin.discovery_config;
-        EXPECT_EQ(discovery.leaseDuration_announcementperiod, ovra::plex::ps::internal::Duration_t(1, 0))
+        EXPECT_EQ(discovery.leaseDuration_announcementperiod, ovra::plex::fastdds::Duration_t(1, 0))
             << library;
     }
 }

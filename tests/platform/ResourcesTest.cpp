@@ -15,13 +15,13 @@
 #include <memory>
 #include <string>
 
-namespace nowhere
+namespace absent
 {
 
 struct Value {
 };
 
-} // namespace nowhere
+} // namespace absent
 
 namespace plex::test
 {
@@ -83,14 +83,14 @@ TEST_F(FailedCall, OfAnIllFormedUriLeavesNothingBehind)
 
 TEST_F(FailedCall, OfAModuleThatIsMissingLeavesNothingBehind)
 {
-    expectNothingLeft([&] { plex_->createPublisher<nowhere::Value>(testUri()); });
+    expectNothingLeft([&] { plex_->createPublisher<absent::Value>(testUri()); });
 }
 
 TEST_F(FailedCall, OfAModuleLibraryThatIsNoneLeavesNothingBehind)
 {
-    directory_.write("libplex-dds-nowhere.so", std::string(4096, 'x'));
+    directory_.write("libplex-dds-absent.so", std::string(4096, 'x'));
     const Plex::Properties properties{{"dds.module.path", directory_.path()}};
-    expectNothingLeft([&] { plex_->createPublisher<nowhere::Value>(testUri(), {}, properties); });
+    expectNothingLeft([&] { plex_->createPublisher<absent::Value>(testUri(), {}, properties); });
 }
 
 TEST_F(FailedCall, OfAProfileFileThatDoesNotLoadLeavesNothingBehind)

@@ -22,7 +22,7 @@ using ovra::plex::loadFunction;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::string modules = PLEX_TEST_MODULES_DIR;
+const std::string modulesDirectory = PLEX_TEST_MODULES_DIR;
 const LibrarySymbol hollow{"libplex-dds-hollow.so", "hollow"};
 
 int call(void (*function)())
@@ -34,14 +34,14 @@ int call(void (*function)())
 
 TEST(SharedLibrary, GivesAFunctionOfALibraryInADirectory)
 {
-    EXPECT_EQ(call(loadFunction(hollow, {modules})), 7);
+    EXPECT_EQ(call(loadFunction(hollow, {modulesDirectory})), 7);
 }
 
 TEST(SharedLibrary, IsTheSameEachTimeAndStaysLoaded)
 {
-    auto* const function = loadFunction(hollow, {modules});
-    EXPECT_EQ(loadFunction(hollow, {modules}), function);
-    void* const loaded = dlopen((modules + "/" + hollow.library).c_str(), RTLD_NOW | RTLD_NOLOAD);
+    auto* const function = loadFunction(hollow, {modulesDirectory});
+    EXPECT_EQ(loadFunction(hollow, {modulesDirectory}), function);
+    void* const loaded = dlopen((modulesDirectory + "/" + hollow.library).c_str(), RTLD_NOW | RTLD_NOLOAD);
     EXPECT_NE(loaded, nullptr);
     dlclose(loaded);
 }
@@ -49,28 +49,28 @@ TEST(SharedLibrary, IsTheSameEachTimeAndStaysLoaded)
 TEST(SharedLibrary, IsSearchedInTheDirectoriesInOrder)
 {
     const TemporaryDirectory empty;
-    EXPECT_EQ(call(loadFunction(hollow, {"/no/such/directory", empty.path(), modules})), 7);
+    EXPECT_EQ(call(loadFunction(hollow, {"/no/such/directory", empty.path(), modulesDirectory})), 7);
 }
 
 TEST(SharedLibrary, IsTakenFromTheFirstDirectoryThatHasIt)
 {
     const TemporaryDirectory first;
     const auto scrap = first.write(hollow.library, "this is no library\n");
-    const auto text = refusalOf([&] { loadFunction(hollow, {first.path(), modules}); });
+    const auto text = refusalOf([&] { loadFunction(hollow, {first.path(), modulesDirectory}); });
     EXPECT_THAT(text, StartsWith("Cannot load library " + scrap + " for symbol hollow: "));
     EXPECT_THAT(text, HasSubstr("file too short"));
 }
 
 TEST(SharedLibrary, IsLookedForOnTheLoadersPathAfterTheDirectories)
 {
-    EXPECT_NE(loadFunction({"libc.so.6", "puts"}, {modules}), nullptr);
+    EXPECT_NE(loadFunction({"libc.so.6", "puts"}, {modulesDirectory}), nullptr);
     EXPECT_NE(loadFunction({"libc.so.6", "puts"}, {}), nullptr);
 }
 
 TEST(SharedLibrary, ThatIsMissingIsNamedWithTheSymbolAndTheLoadersWords)
 {
     EXPECT_EQ(
-        refusalOf([] { loadFunction({"libplex-dds-nowhere.so", "wanted"}, {modules}); }),
+        refusalOf([] { loadFunction({"libplex-dds-nowhere.so", "wanted"}, {modulesDirectory}); }),
         "Cannot load library libplex-dds-nowhere.so for symbol wanted: libplex-dds-nowhere.so: cannot open "
         "shared object file: No such file or directory");
 }
@@ -93,9 +93,16 @@ TEST(SharedLibrary, ThatIsADirectoryIsNamedWithTheLoadersWords)
 
 TEST(SharedLibrary, ThatLacksTheSymbolIsNamedWithTheLoadersWords)
 {
-    const auto text = refusalOf([] { loadFunction({hollow.library, "wanted"}, {modules}); });
+    const auto text = refusalOf([] { loadFunction({hollow.library, "wanted"}, {modulesDirectory}); });
     EXPECT_THAT(text, StartsWith("Library libplex-dds-hollow.so lacks symbol wanted: "));
     EXPECT_THAT(text, HasSubstr("undefined symbol: wanted"));
+}
+
+TEST(SharedLibrary, ThatWasLinkedWithoutAFunctionNamesItAsTheSourceDoes)
+{
+    const auto text =
+        refusalOf([&] { loadFunction({"libplex-dds-lacking.so", "lacking"}, {modulesDirectory}); });
+    EXPECT_THAT(text, testing::EndsWith("; it was linked without absent::function(double)"));
 }
 
 } // namespace plex::test

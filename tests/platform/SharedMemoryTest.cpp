@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #ifdef PLEX_FASTDDS_SENDS_LEFTOVERS
 

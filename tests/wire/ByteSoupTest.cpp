@@ -71,7 +71,11 @@ std::optional<Bits> expectedMembers(const Bytes& payload, std::size_t count)
     }
     Bits members(count);
     for (std::size_t i = 0; i < known / sizeof(double); ++i) {
-        members[i] = reader.next<std::uint64_t>().value();
+        const auto member = reader.next<std::uint64_t>();
+        if (!member) {
+            return std::nullopt;
+        }
+        members[i] = *member;
     }
     return members;
 }

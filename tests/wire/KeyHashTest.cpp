@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Payloads.hpp"
 
-#include <plex/ps/internal/PubSubType.hpp>
+#include <plex/module/PubSubType.hpp>
 
 #include <gtest/gtest.h>
 
@@ -9,6 +9,12 @@
 
 namespace plex::test
 {
+
+namespace
+{
+
+using eprosima::fastcdr::Cdr;
+using eprosima::fastcdr::EncodingAlgorithmFlag;
 
 /// Wire values that consist of a key only.
 struct ShortKey {
@@ -18,6 +24,22 @@ struct ShortKey {
 struct LongKey {
     std::array<std::uint8_t, 24> octets;
 };
+
+void deserialize(Cdr& /*cdr*/, ShortKey& /*data*/, EncodingAlgorithmFlag /*encoding*/) {}
+
+void deserialize(Cdr& /*cdr*/, LongKey& /*data*/, EncodingAlgorithmFlag /*encoding*/) {}
+
+void serialize_key(Cdr& cdr, const ShortKey& data)
+{
+    cdr << data.number;
+}
+
+void serialize_key(Cdr& cdr, const LongKey& data)
+{
+    cdr << data.octets;
+}
+
+} // namespace
 
 } // namespace plex::test
 
@@ -51,20 +73,6 @@ void serialize(Cdr& /*cdr*/, const LongKey& /*data*/)
 {
 }
 
-void deserialize(Cdr& /*cdr*/, ShortKey& /*data*/, EncodingAlgorithmFlag /*encoding*/) {}
-
-void deserialize(Cdr& /*cdr*/, LongKey& /*data*/, EncodingAlgorithmFlag /*encoding*/) {}
-
-void serialize_key(Cdr& cdr, const ShortKey& data)
-{
-    cdr << data.number;
-}
-
-void serialize_key(Cdr& cdr, const LongKey& data)
-{
-    cdr << data.octets;
-}
-
 } // namespace eprosima::fastcdr
 
 namespace plex::test
@@ -73,8 +81,8 @@ namespace plex::test
 namespace
 {
 
-using ovra::plex::ps::internal::InstanceHandle_t;
-using ovra::plex::ps::internal::PubSubType;
+using ovra::plex::fastdds::InstanceHandle_t;
+using ovra::plex::ps::PubSubType;
 
 constexpr const char* md5OfShortKey = "08d6c05a21512a79a1dfeb9d2a8f262f";
 constexpr const char* md5OfLongKey = "147e88065f0c9f17a7ae174877e6c233";

@@ -58,7 +58,7 @@ TEST_P(TopicDataTypeOf, IsBoundedButNeverPlainNorBuiltInPlace)
 TEST_P(TopicDataTypeOf, HasNoKeyAndLeavesTheHandleAlone)
 {
     EXPECT_FALSE(data().m_isGetKeyDefined);
-    ovra::plex::ps::internal::InstanceHandle_t handle;
+    ovra::plex::fastdds::InstanceHandle_t handle;
     for (int i = 0; i < 16; ++i) {
         handle.value[static_cast<std::size_t>(i)] = static_cast<unsigned char>(i + 1);
     }
@@ -72,7 +72,7 @@ TEST_P(TopicDataTypeOf, HasNoKeyAndLeavesTheHandleAlone)
 
 TEST_P(TopicDataTypeOf, LeavesAnUndefinedHandleUndefined)
 {
-    ovra::plex::ps::internal::InstanceHandle_t handle;
+    ovra::plex::fastdds::InstanceHandle_t handle;
     const Sample sample(type());
     EXPECT_FALSE(data().getKey(sample.get(), &handle, true));
     EXPECT_FALSE(handle.isDefined());
@@ -102,6 +102,37 @@ TEST(TopicDataType, GivesASizeProviderThatOutlivesIt)
     const auto size = data->getSerializedSizeProvider(sample.get(), XCDR2);
     data.reset();
     EXPECT_EQ(size(), 24U);
+}
+
+template <class Type>
+class NamesOfFastDds3 : public testing::Test
+{
+protected:
+    Type type_;
+};
+
+using Types = testing::Types<AltAzPubSubType, DomeTemperaturePubSubType>;
+TYPED_TEST_SUITE(NamesOfFastDds3, Types, );
+
+TYPED_TEST(NamesOfFastDds3, DoTheSameInEveryGeneration)
+{
+    TypeParam& type = this->type_;
+    void* const sample = type.create_data();
+    void* const copy = type.create_data();
+    for (const auto representation : {XCDR, XCDR2}) {
+        const auto size = type.calculate_serialized_size(sample, representation);
+        EXPECT_EQ(size, type.getSerializedSizeProvider(sample, representation)());
+        SerializedPayload_t payload(size);
+        const void* const constSample = sample;
+        EXPECT_TRUE(type.serialize(constSample, payload, representation));
+        EXPECT_EQ(payload.length, size);
+        EXPECT_TRUE(type.deserialize(payload, copy));
+        ovra::plex::fastdds::InstanceHandle_t handle;
+        EXPECT_FALSE(type.compute_key(payload, handle));
+        EXPECT_FALSE(type.compute_key(constSample, handle));
+    }
+    type.delete_data(copy);
+    type.delete_data(sample);
 }
 
 } // namespace plex::test

@@ -5,7 +5,7 @@
 
 #include <generated/vexstubif/AltAzPubSubType.hpp>
 #include <generated/vexstubif/DomeTemperaturePubSubType.hpp>
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <fastcdr/Cdr.h>
 #include <gtest/gtest.h>
@@ -23,9 +23,9 @@ using generated::dds_::vexstubif::AltAz;
 using generated::dds_::vexstubif::AltAzPubSubType;
 using generated::dds_::vexstubif::DomeTemperature;
 using generated::dds_::vexstubif::DomeTemperaturePubSubType;
-using ovra::plex::ps::internal::DataRepresentationId;
-using ovra::plex::ps::internal::SerializedPayload_t;
-using ovra::plex::ps::internal::TopicDataType;
+using ovra::plex::fastdds::DataRepresentationId;
+using ovra::plex::fastdds::SerializedPayload_t;
+using ovra::plex::fastdds::TopicDataType;
 
 inline AltAz wireValue(double alt, double az)
 {

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <plex/PlexException.hpp>
-#include <plex/ps/TopicAdapter.hpp>
+#include <plex/Export.hpp>
+#include <plex/module/TopicAdapter.hpp>
 
 #include <log4cplus/logger.h>
 
 #include <memory>
-#include <typeinfo>
 
 namespace ovra::plex::ps
 {
@@ -32,24 +31,9 @@ std::shared_ptr<T> createDataEntityFrom(const typename ST::DdsType& sample)
 namespace internal
 {
 
-/// The adapter behind an interface value, or null. Nearly always the value is exactly that; a class derived
-/// from it costs a search.
-template <class Adapter, class Value>
-inline Adapter* adapterOf(Value& value)
-{
-    return typeid(value) == typeid(Adapter) ? static_cast<Adapter*>(&value) : dynamic_cast<Adapter*>(&value);
-}
-
 /// Logs and throws for a value that is not this binding's.
 /// @param line where the log record says that it comes from.
-[[noreturn]] inline void refuseForeignValue(const log4cplus::Logger& logger, int line)
-{
-    const std::string text = "Data type for instance or value is incorrect. Not a DDS supported type";
-    if (logger.isEnabledFor(log4cplus::ERROR_LOG_LEVEL)) {
-        logger.forcedLog(log4cplus::ERROR_LOG_LEVEL, text, "include/plex/ps/internal/DdsBasePubSub", line);
-    }
-    throw IllegalStateException(text);
-}
+[[noreturn]] PLEX_EXPORT void refuseForeignValue(const log4cplus::Logger& logger, int line);
 
 } // namespace internal
 
@@ -57,9 +41,9 @@ inline Adapter* adapterOf(Value& value)
 /// @param logger the caller's, for the ERROR record of a refusal.
 /// @throws IllegalStateException when the value is of another class.
 template <class T, class ST>
-inline const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
+const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
 {
-    if (const auto* const adapter = internal::adapterOf<const ST>(value)) {
+    if (const auto* const adapter = dynamic_cast<const ST*>(&value)) {
         return *adapter;
     }
     internal::refuseForeignValue(logger, 105);
@@ -67,9 +51,9 @@ inline const ST& obtainImpl(const T& value, log4cplus::Logger& logger)
 
 /// As above, for a value that may be changed.
 template <class T, class ST>
-inline ST& obtainImpl(T& value, log4cplus::Logger& logger)
+ST& obtainImpl(T& value, log4cplus::Logger& logger)
 {
-    if (auto* const adapter = internal::adapterOf<ST>(value)) {
+    if (auto* const adapter = dynamic_cast<ST*>(&value)) {
         return *adapter;
     }
     internal::refuseForeignValue(logger, 127);

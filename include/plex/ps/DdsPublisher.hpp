@@ -2,7 +2,7 @@
 #pragma once
 
 #include <plex/Publisher.hpp>
-#include <plex/ps/internal/AsynchronousCallback.hpp>
+#include <plex/ps/internal/CallbackScope.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 
 #include <chrono>
@@ -36,10 +36,8 @@ public:
     /// @throws IllegalStateException always: only a delegator makes instance publishers.
     std::unique_ptr<InstancePublisher<T>> createInstancePublisher(const T& instance) override;
 
-    // hot: see SubscriptionManager
-    [[gnu::hot]] void publish(const T& value, const std::chrono::milliseconds& timeout) override;
-    [[gnu::hot]] void publish(double sourceTimestamp, const T& value,
-                              const std::chrono::milliseconds& timeout) override;
+    void publish(const T& value, const std::chrono::milliseconds& timeout) override;
+    void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
     std::shared_ptr<T> createDataEntity() override;
 
     /// Closes the instance publishers, then gives back the writer and the topic. From two threads at once
@@ -64,8 +62,7 @@ private:
     void closeDependents();
     void createDdsEntities();
     void checkTimeout(const std::chrono::milliseconds& timeout) const;
-    void checkWritten(internal::ReturnCode result) const;
-    [[noreturn]] void failToWrite(internal::ReturnCode result) const;
+    void checkWritten(fastdds::ReturnCode result) const;
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsPublisher");
     const std::int64_t waitForAckTimeoutMs_;

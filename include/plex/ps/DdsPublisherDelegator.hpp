@@ -22,9 +22,8 @@ public:
 
     std::shared_ptr<Plex> getPlex() const override;
     std::unique_ptr<InstancePublisher<T>> createInstancePublisher(const T& instance) override;
-    [[gnu::hot]] void publish(const T& value, const std::chrono::milliseconds& timeout) override;
-    [[gnu::hot]] void publish(double sourceTimestamp, const T& value,
-                              const std::chrono::milliseconds& timeout) override;
+    void publish(const T& value, const std::chrono::milliseconds& timeout) override;
+    void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
     std::shared_ptr<T> createDataEntity() override;
     void close() override;
 

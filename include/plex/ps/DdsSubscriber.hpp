@@ -11,6 +11,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -73,18 +75,22 @@ public:
     /// The manager of the callback subscriptions; empty once closed.
     std::shared_ptr<SubscriptionManager<T, ST>> subscriptionManager() const { return manager_.load(); }
 
-    using internal::DdsBasePubSub<T, ST>::isQosExceeded;
-    using internal::DdsBasePubSub<T, ST>::failClosed;
-
 private:
     using DdsType = typename ST::DdsType;
+    using Manager = SubscriptionManager<T, ST>;
     using Filter = internal::SampleFilter<T, ST>;
     using Samples = internal::LoanedSamples<DdsType>;
 
     class DdsLoanedDataEntity;
 
     /// What one event read takes and appends.
-    struct EventRead;
+    struct EventRead {
+        Filter filter;
+        Events& events;
+        const char* takeFailed;
+        const char* loanNotReturned;
+        std::size_t remaining = std::numeric_limits<std::size_t>::max(); ///< events until the limit
+    };
 
     std::size_t readDataEventsCache(const DataEventFilter<T>& filter, Events& events);
     std::size_t readDataEventsUntilTimeout(const DataEventFilter<T>& filter, Events& events,
@@ -95,9 +101,31 @@ private:
                                                             std::size_t eventCountLimit,
                                                             const std::chrono::milliseconds& timeout);
 
-    /// Takes until there is no data or the limit is reached. @returns whether there was data.
-    bool takeEvents(internal::dds::DataReader& reader, EventRead& read) const;
+    /// Takes samples by the function given, once, and appends those that pass. @returns whether there were
+    /// any.
+    template <class Take>
+    bool takeEvents(internal::dds::DataReader& reader, EventRead& read, Take take) const;
+
+    /// Takes what had arrived when the call began, and appends what passes. Ends early when closing begins.
+    void takeEventsArrived(internal::dds::DataReader& reader, EventRead& read) const;
+
+    /// Takes what a wait has woken for, no more than is wanted, and appends what passes.
+    void takeEventsWanted(internal::DataWait::Result woken, internal::dds::DataReader& reader,
+                          EventRead& read) const;
     void appendEvents(const Samples& samples, EventRead& read) const;
+
+    /// What a wait comes to: takes, by the function given, what it woke for. @returns whether there was any.
+    template <class Take>
+    bool takeWoken(internal::DataWait::Result woken, Take take) const;
+
+    std::size_t takePolled(internal::dds::DataReader& reader, Manager& manager, std::size_t maxCount,
+                           const internal::SampleStates& states) const;
+
+    /// Takes samples by the function given, once, and appends their values. @returns how many samples there
+    /// were.
+    template <class Take>
+    std::size_t takeValues(internal::dds::DataReader& reader, std::vector<std::shared_ptr<T>>& values,
+                           Take take) const;
 
     /// @throws PlexException when the timeout is negative.
     void checkTimeout(const std::chrono::milliseconds& timeout, const char* failureText) const;
@@ -105,11 +133,13 @@ private:
     /// The manager, for one operation. @throws IllegalStateException unless open.
     std::shared_ptr<SubscriptionManager<T, ST>> openManager() const;
 
+    /// A handle that the manager gave. @throws IllegalStateException for none, as the subscriber is closed
+    /// then.
+    std::unique_ptr<Subscription> registered(std::unique_ptr<Subscription> handle) const;
+
     void release();
     std::shared_ptr<internal::dds::DataReader> createReader();
     void attachManager(const std::shared_ptr<internal::dds::DataReader>& reader);
-    std::shared_ptr<internal::dds::Subscriber> createReadersSubscriber();
-    internal::dds::DataReader* createDataReader(internal::dds::Subscriber& subscriber);
 
     /// The reader, held for one operation. @throws IllegalStateException unless open.
     internal::SharedReader::Use openReader();
@@ -119,20 +149,19 @@ private:
 
     /// The key hash of a value, computed without asking the reader.
     /// @throws IllegalStateException for another transport's value; PlexException when the type has no key.
-    internal::InstanceHandle_t lookupInstance(const T& value);
+    fastdds::InstanceHandle_t lookupInstance(const T& value);
 
     /// @throws PlexException when the reader refuses its loan.
     void returnLoan(internal::dds::DataReader& reader, Samples& samples);
 
     /// Whether a take or read brought samples. @throws PlexException on any failure but NO_DATA.
-    bool checkTaken(internal::ReturnCode result, const char* failureText) const;
-    [[noreturn]] void failToTake(internal::ReturnCode result, const char* failureText) const;
+    bool checkTaken(fastdds::ReturnCode result, const char* failureText) const;
 
     /// Whether a sample has a value that the QoS lets pass.
     bool isDeliverable(const Samples& samples, std::int32_t index) const;
 
     /// Makes the first deliverable sample of a loan its value. @returns whether there is one.
-    bool present(DdsLoanedDataEntity& loan) const;
+    bool viewFirstDeliverable(DdsLoanedDataEntity& loan) const;
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriber");
     std::shared_ptr<internal::dds::Topic> topic_;

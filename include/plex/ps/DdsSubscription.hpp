@@ -12,6 +12,8 @@ namespace ovra::plex::ps
 
 template <class T, class ST>
 class DdsSubscriber;
+template <class T, class ST>
+class SubscriptionManager;
 
 /// A registration with a subscriber's subscription manager. Closing or dropping it ends it; when the
 /// subscriber was closed before, there is nothing left to end.
@@ -82,3 +84,5 @@ public:
 };
 
 } // namespace ovra::plex::ps
+
+#include <plex/ps/detail/DdsSubscription.inl>

@@ -40,8 +40,8 @@ public:
     std::shared_ptr<Plex> getPlex() const override;
 
     /// @throws IllegalStateException also when DDS refuses the value, and inside a callback that this
-    /// publisher's own
-    ///         publishing runs; logged.
+    /// publisher's
+    ///         own publishing runs; logged.
     void publish(const T& value, const std::chrono::milliseconds& timeout) override;
     void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
 
@@ -56,14 +56,14 @@ private:
     /// Refuses the thread that publishes, in a callback that it runs meanwhile. @throws IllegalStateException
     void checkNotPublishingHere() const;
     static void checkTimeout(const std::chrono::milliseconds& timeout);
-    void checkWritten(internal::ReturnCode result) const;
+    void checkWritten(fastdds::ReturnCode result) const;
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsInstancePublisher");
     const std::shared_ptr<DdsPublisher<T, ST>> parent_;
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Publisher> publisher_;
     std::shared_ptr<internal::dds::DataWriter> writer_;
-    internal::InstanceHandle_t instanceHandle_;
+    fastdds::InstanceHandle_t instanceHandle_;
     std::atomic<bool> closed_ = false;
     internal::DispatchMutex mutex_; ///< serializes publishing, createDataEntity() and closing
     const std::int64_t waitForAckTimeoutMs_;

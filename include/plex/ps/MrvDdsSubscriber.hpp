@@ -2,7 +2,7 @@
 #pragma once
 
 #include <plex/MrvSubscriber.hpp>
-#include <plex/ps/internal/AsynchronousCallback.hpp>
+#include <plex/ps/internal/CallbackScope.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 

@@ -4,10 +4,11 @@
 #include <plex/Subscriber.hpp>
 #include <plex/ps/DdsDataEvent.hpp>
 #include <plex/ps/DdsSubscription.hpp>
-#include <plex/ps/internal/AsynchronousCallback.hpp>
+#include <plex/ps/internal/CallbackScope.hpp>
 #include <plex/ps/internal/DispatchMutex.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
-#include <plex/ps/internal/Matching.hpp>
+#include <plex/ps/internal/SampleFilter.hpp>
+#include <plex/ps/internal/Time.hpp>
 
 #include <fastdds/dds/subscriber/DataReaderListener.hpp>
 
@@ -29,7 +30,8 @@ namespace ovra::plex::ps
 /// callback, changing subscriptions of a kind that the same mutex guards is refused. A publication to the
 /// same topic inside an asynchronous callback is dispatched when the callback has returned.
 /// Exceptions of callbacks end the dispatch and pass to its caller: to poll()'s, or to DDS.
-/// Ownership: owned by its subscriber; shares the reader until it is shut down.
+/// Ownership: owned by its subscriber; shares the reader until it is shut down. The listener is the
+/// subscriber's, as it must outlive the reader.
 template <class T, class ST>
 class SubscriptionManager : public std::enable_shared_from_this<SubscriptionManager<T, ST>>
 {
@@ -38,12 +40,15 @@ public:
     using Callback = typename Subscriber<T>::Callback;
     using Notifier = typename Subscriber<T>::Notifier;
     using Filter = internal::SampleFilter<T, ST>;
-    using Samples = internal::LoanedSamples<typename ST::DdsType>;
+    using DdsType = typename ST::DdsType;
+    using Samples = internal::LoanedSamples<DdsType>;
 
     class SubscriptionReaderListener;
 
-    /// @param owner must outlive the shutdown.
-    SubscriptionManager(DdsSubscriber<T, ST>& owner, std::shared_ptr<internal::dds::DataReader> reader);
+    /// @param owner is what callbacks are given; must outlive the shutdown.
+    /// @param ageLimits older samples are dropped.
+    SubscriptionManager(Subscriber<T>& owner, internal::AgeLimits ageLimits,
+                        std::shared_ptr<internal::dds::DataReader> reader);
     SubscriptionManager(const SubscriptionManager&) = delete;
     SubscriptionManager& operator=(const SubscriptionManager&) = delete;
     ~SubscriptionManager() = default;
@@ -59,9 +64,9 @@ public:
     /// Whether the calling thread is inside a callback of one of these subscriptions.
     bool isDispatchingHere() const;
 
-    /// Each registers a callback and returns its handle.
-    /// @throws PlexException when the filter intersects with a registered one.
-    /// @throws IllegalStateException inside a callback under the same mutex, or after the shutdown.
+    /// Each registers a copy of a callback and returns its handle; null after the shutdown.
+    /// @throws PlexException when the filter intersects with a registered one; nothing is registered then.
+    /// @throws IllegalStateException inside a callback under the same mutex.
     std::unique_ptr<Subscription> subscribe(const DataEventFilter<T>& filter, Callback& callback,
                                             SubscriberPointer subscriber);
     std::unique_ptr<Subscription> subscribeAsync(const DataEventFilter<T>& filter, Callback& callback,
@@ -69,6 +74,20 @@ public:
     std::unique_ptr<Subscription> subscribeAsyncWithNotifier(const DataEventFilter<T>& filter,
                                                              Notifier& notifier,
                                                              SubscriberPointer subscriber);
+
+    /// Checks that a filter intersects with none that is registered, in any registry or in one. The caller
+    /// holds the registries' mutex.
+    /// @throws PlexException, logged, when it does.
+    void ensureUniqueFilter(const DataEventFilter<T>& filter) const;
+    template <class SubscriptionMap>
+    void ensureUniqueFilter(const DataEventFilter<T>& filter, const SubscriptionMap& map) const;
+
+    /// Whether a sample's view state is among a filter's events; an empty set wants all.
+    static bool matchInstanceEvent(const DdsType& sample, const internal::dds::SampleInfo& info,
+                                   const DataEventFilter<T>& filter);
+
+    /// Whether a sample passes a filter.
+    static bool matches(const DdsType& sample, const internal::dds::SampleInfo& info, const Filter& filter);
 
     /// Each forgets a registration; an unknown id is no error.
     /// @throws IllegalStateException inside a callback under the same mutex.
@@ -84,11 +103,13 @@ public:
 
 private:
     struct SubscriptionInfo {
+        std::string id;
         Filter filter;
         Callback callback;
     };
 
     struct NotifierSubscriptionInfo {
+        std::string id;
         Filter filter;
         Notifier notifier;
         bool matched = false; ///< whether a sample of the dispatch under way matched
@@ -99,54 +120,53 @@ private:
 
     template <class Handle, class Info, class Function>
     std::unique_ptr<Subscription> add(internal::DispatchMutex& mutex, Registry<Info>& registry,
-                                      const DataEventFilter<T>& filter, Function& function,
+                                      const DataEventFilter<T>& filter, const Function& function,
                                       SubscriberPointer subscriber);
     template <class Info>
     void remove(internal::DispatchMutex& mutex, Registry<Info>& registry, const std::string& id);
     template <class Info>
     void clear(internal::DispatchMutex& mutex, Registry<Info>& registry);
 
-    /// Registers the filter under the id. @throws PlexException when it intersects with a registered one.
-    void ensureUniqueFilter(const std::string& id, const Filter& filter);
-
-    // hot: what each value passes, here and in publishers, lies together in memory, which is felt where the
-    // caches are lost between two values (a round trip: 1.016 instead of 1.022 of bare Fast DDS's).
-    [[gnu::hot]] void onDataAvailable();
+    void onDataAvailable();
     void dispatchToNotifiers();
-    [[gnu::hot]] void dispatchToListeners();
+    void dispatchToListeners();
 
     /// Takes the next sample, in any state, into the members for it. @returns whether there was one.
-    [[gnu::hot]] bool takeNext();
+    bool takeNext();
     bool takeNextInAnyState();
 
     /// Gives samples back when it ends.
-    internal::LoanGuard<typename ST::DdsType> guardLoan(Samples& samples) const;
+    internal::LoanGuard guardLoan(Samples& samples) const;
 
-    /// Calls back for a sample unless the QoS or the filter holds it back. @param makeData gives its value.
+    /// Calls back for a sample unless its age or the filter holds it back. @param makeData gives its value.
     template <class MakeData>
-    [[gnu::hot]] void dispatch(const SubscriptionInfo& subscription, const internal::dds::SampleInfo& info,
-                               MakeData makeData);
+    void dispatch(const SubscriptionInfo& subscription, const DdsType& sample,
+                  const internal::dds::SampleInfo& info, MakeData makeData);
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriptionManager");
-    DdsSubscriber<T, ST>& owner_;
-
-    mutable internal::DispatchMutex asyncMutex_;        ///< guards what follows
+    Subscriber<T>& owner_;
+    const internal::AgeLimits ageLimits_;
     std::shared_ptr<internal::dds::DataReader> reader_; ///< empty after the shutdown
+
+    mutable internal::DispatchMutex
+        asyncMutex_; ///< guards reader_, the next two and what the dispatch works with
     Registry<SubscriptionInfo> asyncRegistry_;
     Registry<NotifierSubscriptionInfo> notifierRegistry_;
+    mutable internal::DispatchMutex syncMutex_; ///< guards the next
+    Registry<SubscriptionInfo> syncRegistry_;
+
+    /// Guards changes of all three registries beside each one's own mutex, so that whoever holds either may
+    /// look at a registry; taken after these, never while a callback runs.
+    std::mutex registriesMutex_;
+    bool shutDown_ = false; ///< guarded by it
+
+    // What the dispatch works with.
     bool moreData_ = false;               ///< data came from inside a callback
     bool notified_ = false;               ///< a notifier has been served, so samples may be marked as read
-    typename ST::DdsType taken_;          ///< the sample being dispatched
+    DdsType taken_;                       ///< the sample being dispatched
     internal::dds::SampleInfo takenInfo_; ///< its info
     ST takenAdapter_;                     ///< views it
     const std::shared_ptr<T> takenData_;  ///< the adapter, which it does not own
-
-    mutable internal::DispatchMutex syncMutex_; ///< guards the registry below
-    Registry<SubscriptionInfo> syncRegistry_;
-
-    std::mutex filtersMutex_; ///< guards what follows; taken after the others, never while a callback runs
-    std::map<std::string, Filter> filters_; ///< of all registries, by id
-    bool shutDown_ = false;
 };
 
 } // namespace ovra::plex::ps

@@ -2,6 +2,8 @@
 #include <plex/PlexException.hpp>
 #include <plex/common/SharedLibrary.hpp>
 
+#include <boost/core/demangle.hpp>
+
 #include <dlfcn.h>
 #include <filesystem>
 
@@ -11,11 +13,32 @@ namespace ovra::plex
 namespace
 {
 
+/// What a symbol that a library was linked without is called in its source, as a sentence; empty where the
+/// loader's words are of something else.
+std::string explained(const std::string& words)
+{
+    const std::string undefined = "undefined symbol: ";
+    const auto found = words.find(undefined);
+    if (found == std::string::npos) {
+        return {};
+    }
+    const auto begin = found + undefined.size();
+    const auto symbol = words.substr(begin, words.find_first_of(", ", begin) - begin);
+    return "; it was linked without " + boost::core::demangle(symbol.c_str());
+}
+
 std::string loaderError()
 {
     // dlerror() keeps its text per thread.
     const char* const text = dlerror(); // NOLINT(concurrency-mt-unsafe)
     return text != nullptr ? text : "unknown error of the dynamic loader";
+}
+
+[[noreturn]] void failToLoad(const std::string& library, const LibrarySymbol& wanted)
+{
+    const std::string words = loaderError();
+    throw PlexException("Cannot load library " + library + " for symbol " + wanted.symbol + ": " + words +
+                        explained(words));
 }
 
 void* tryOpen(const std::string& path)
@@ -34,14 +57,12 @@ void* open(const LibrarySymbol& wanted, const std::vector<std::string>& director
         if (void* const handle = tryOpen(path.string())) {
             return handle;
         }
-        throw PlexException("Cannot load library " + path.string() + " for symbol " + wanted.symbol + ": " +
-                            loaderError());
+        failToLoad(path.string(), wanted);
     }
     if (void* const handle = tryOpen(wanted.library)) {
         return handle;
     }
-    throw PlexException("Cannot load library " + wanted.library + " for symbol " + wanted.symbol + ": " +
-                        loaderError());
+    failToLoad(wanted.library, wanted);
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 #include <plex/dds/DdsPlex.hpp>
 #include <plex/dds/DdsUriHelper.hpp>
 #include <plex/dds/ProfileName.hpp>
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <boost/algorithm/string/replace.hpp>
 #include <boost/core/demangle.hpp>
@@ -26,13 +26,6 @@ namespace dds = eprosima::fastdds::dds;
 
 namespace
 {
-
-Plex::Properties merged(const Plex::Properties& winning, const Plex::Properties& defaults)
-{
-    Plex::Properties result = winning;
-    result.insert(defaults.begin(), defaults.end());
-    return result;
-}
 
 std::vector<std::string> moduleDirectories(const Plex::Properties& properties)
 {
@@ -66,14 +59,14 @@ class ParticipantDeleter
 public:
     void operator()(dds::DomainParticipant* participant) const noexcept
     {
-        auto code = ps::internal::code(factory_->delete_participant(participant));
-        if (code == ps::internal::RETCODE_PRECONDITION_NOT_MET) {
+        auto code = fastdds::code(factory_->delete_participant(participant));
+        if (code == fastdds::RETCODE_PRECONDITION_NOT_MET) {
             LOG4CPLUS_WARN(log4cplus::Logger::getInstance("plexDdsPlex"),
                            "Participant is deleted with the entities that were left in it");
             participant->delete_contained_entities();
-            code = ps::internal::code(factory_->delete_participant(participant));
+            code = fastdds::code(factory_->delete_participant(participant));
         }
-        if (code != ps::internal::RETCODE_OK) {
+        if (code != fastdds::RETCODE_OK) {
             LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("plexDdsPlex"),
                             "Failed to delete participant code:" << code);
         }
@@ -93,7 +86,7 @@ dds::DomainParticipant* newParticipant(std::uint32_t domain, const std::string& 
     dds::DomainParticipantQos qos;
     const auto code = profile.empty() ? factory->get_default_participant_qos(qos)
                                       : factory->get_participant_qos_from_profile(profile, qos);
-    if (ps::internal::code(code) != ps::internal::RETCODE_OK) {
+    if (fastdds::code(code) != fastdds::RETCODE_OK) {
         return nullptr;
     }
     sendNoLeftovers(qos);
@@ -116,7 +109,7 @@ std::shared_ptr<dds::DomainParticipant> createParticipant(std::uint32_t domain, 
 
 } // namespace
 
-DdsPlex::DdsPlex(Properties properties) : properties_(std::move(properties)) {}
+DdsPlex::DdsPlex(Properties properties) : Plex(std::move(properties)) {}
 
 DdsPlex::~DdsPlex() = default;
 
@@ -124,13 +117,12 @@ std::shared_ptr<dds::DomainParticipant> DdsPlex::getDomainParticipant(const Uri&
                                                                       const Properties& properties)
 {
     DdsUriHelper::checkUri(uri, true);
-    const Properties settings = merged(properties, properties_);
-    if (const auto file = util::findProperty(settings, "dds.qos.profile.file")) {
+    if (const auto file = util::findProperty(properties, "dds.qos.profile.file")) {
         loadProfileFileOnce(*file);
     }
-    const bool usesProfiles = settings.contains("dds.qos.profile.library");
-    const ParticipantKey key{DdsUriHelper::domain(uri, settings),
-                             usesProfiles ? getProfileNameByProfileType(ProfileType::Participant, settings)
+    const bool usesProfiles = properties.contains("dds.qos.profile.library");
+    const ParticipantKey key{DdsUriHelper::domain(uri, properties),
+                             usesProfiles ? getProfileNameByProfileType(ProfileType::Participant, properties)
                                           : ""};
 
     const std::lock_guard lock(mutex_);
@@ -146,9 +138,8 @@ std::shared_ptr<dds::DomainParticipant> DdsPlex::getDomainParticipant(const Uri&
 Plex::Factory DdsPlex::findFactory(const std::string& kind, const std::type_info& valueType,
                                    const std::string& /*scheme*/, const Properties& properties)
 {
-    Properties settings = merged(properties, properties_);
-    auto* const function = loadFunction(factorySymbol(kind, valueType), moduleDirectories(settings));
-    return {function, shared_from_this(), std::move(settings)};
+    auto* const function = loadFunction(factorySymbol(kind, valueType), moduleDirectories(properties));
+    return {function, shared_from_this()};
 }
 
 } // namespace ovra::plex

@@ -19,16 +19,11 @@ namespace
 constexpr std::uint32_t maxDomain = 232;
 constexpr std::size_t maxTopicLength = 255;
 
-template <class View>
-std::string text(const View& view)
-{
-    return {view.begin(), view.end()};
-}
-
 /// URI schemes know no case (RFC 3986, 3.1).
 std::string lowerScheme(const Uri& uri)
 {
-    std::string scheme = text(uri.scheme());
+    const auto written = uri.scheme();
+    std::string scheme(written.begin(), written.end());
     std::ranges::transform(scheme, scheme.begin(), [](char c) {
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     });
@@ -43,11 +38,27 @@ std::optional<std::uint32_t> parseDomain(const std::string& digits)
     return error == std::errc{} && rest == end && domain <= maxDomain ? std::optional(domain) : std::nullopt;
 }
 
+/// What stands behind "<scheme>://", as written: the authority, and where nothing else follows, the path.
+///
+/// It comes from the text, and not from host() and path(): with a bracket amid the authority, cpp-netlib's
+/// class drops what stands before it, and finds other parts in a copy than in the URI.
+std::string behindScheme(const Uri& uri)
+{
+    return uri.string().substr(uri.scheme().size() + 3);
+}
+
+std::string authority(const Uri& uri)
+{
+    const std::string written = behindScheme(uri);
+    return written.substr(0, written.find('/'));
+}
+
 /// The path without its leading slash, as written.
 std::string encodedTopic(const Uri& uri)
 {
-    const std::string path = text(uri.path());
-    return path.empty() || path.front() != '/' ? path : path.substr(1);
+    const std::string written = behindScheme(uri);
+    const auto slash = written.find('/');
+    return slash == std::string::npos ? std::string() : written.substr(slash + 1);
 }
 
 std::string decoded(const std::string& encoded)
@@ -78,8 +89,8 @@ std::optional<std::string> brokenRule(const Uri& uri)
     if (uri.has_fragment()) {
         return "it has a fragment";
     }
-    const std::string host = text(uri.host());
-    if (!host.empty() && !parseDomain(host)) {
+    const std::string writtenDomain = authority(uri);
+    if (!writtenDomain.empty() && !parseDomain(writtenDomain)) {
         return "its domain is not a whole number from 0 to " + std::to_string(maxDomain);
     }
     const std::string topic = decoded(encodedTopic(uri));
@@ -123,8 +134,8 @@ std::string DdsUriHelper::topic(const Uri& uri, bool decode)
 
 std::uint32_t DdsUriHelper::domain(const Uri& uri, const Plex::Properties& properties)
 {
-    const std::string host = text(uri.host());
-    const auto written = host.empty() ? util::findProperty(properties, "dds.domain") : host;
+    const std::string inUri = authority(uri);
+    const auto written = inUri.empty() ? util::findProperty(properties, "dds.domain") : inUri;
     if (!written) {
         return 0;
     }

@@ -2,7 +2,7 @@
 #include "ProfileFiles.hpp"
 
 #include <plex/PlexException.hpp>
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <boost/algorithm/string/replace.hpp>
 #include <boost/property_tree/ptree.hpp>
@@ -79,7 +79,7 @@ Names namesIn(const std::string& file, const std::string& profiles)
 std::string translated(const std::string& profiles)
 {
     std::string result = profiles;
-    for (const auto& [elsewhere, here] : ps::internal::renamedProfileElements) {
+    for (const auto& [elsewhere, here] : fastdds::renamedProfileElements) {
         for (const std::string open : {"<", "</"}) {
             for (const char* const end : {">", "/", " ", "\t", "\r", "\n"}) {
                 boost::replace_all(result, open + elsewhere + end, open + here + end);
@@ -117,8 +117,8 @@ void loadProfileFileOnce(const std::string& file)
             }
         }
         auto* const factory = eprosima::fastdds::dds::DomainParticipantFactory::get_instance();
-        if (ps::internal::code(factory->load_XML_profiles_string(profiles.data(), profiles.size())) !=
-            ps::internal::RETCODE_OK) {
+        if (fastdds::code(factory->load_XML_profiles_string(profiles.data(), profiles.size())) !=
+            fastdds::RETCODE_OK) {
             refuse(file, notValid);
         }
         for (const auto& name : names) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SharedMemory.hpp"
 
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #ifdef PLEX_FASTDDS_SENDS_LEFTOVERS
 

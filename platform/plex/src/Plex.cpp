@@ -22,17 +22,19 @@ std::string transportName(const std::string& scheme)
     return name;
 }
 
+} // namespace
+
 /// The instance that an application holds: hands each call to the transport that the scheme names.
 class TransportSelector final : public Plex
 {
 public:
-    explicit TransportSelector(Properties properties) : properties_(std::move(properties)) {}
+    explicit TransportSelector(Properties properties) : Plex(std::move(properties)) {}
 
 protected:
     Factory findFactory(const std::string& kind, const std::type_info& valueType, const std::string& scheme,
                         const Properties& properties) override
     {
-        return findFactoryOf(*transport(scheme), kind, valueType, scheme, properties);
+        return transport(scheme)->findFactory(kind, valueType, scheme, properties);
     }
 
 private:
@@ -61,32 +63,30 @@ private:
         }
     }
 
-    const Properties properties_;
     std::mutex mutex_; ///< guards transports_; held while a transport library is loaded
     std::map<std::string, std::shared_ptr<Plex>> transports_;
 };
-
-} // namespace
 
 std::shared_ptr<Plex> Plex::create(const Properties& properties)
 {
     return std::make_shared<TransportSelector>(properties);
 }
 
-Plex::Plex() = default;
+Plex::Plex(Properties properties) : properties_(std::move(properties)) {}
 
 Plex::~Plex() = default;
-
-Plex::Factory Plex::findFactoryOf(Plex& transport, const std::string& kind, const std::type_info& valueType,
-                                  const std::string& scheme, const Properties& properties)
-{
-    return transport.findFactory(kind, valueType, scheme, properties);
-}
 
 std::string Plex::schemeOf(const Uri& uri)
 {
     const auto scheme = uri.scheme();
     return {scheme.begin(), scheme.end()};
+}
+
+Plex::Properties Plex::settings(const Properties& ofCall) const
+{
+    Properties all = ofCall;
+    all.insert(properties_.begin(), properties_.end());
+    return all;
 }
 
 } // namespace ovra::plex

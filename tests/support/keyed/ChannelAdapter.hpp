@@ -5,7 +5,7 @@
 #include "ChannelDds.hpp"
 
 #include <plex/Export.hpp>
-#include <plex/ps/internal/SampleDeleters.hpp>
+#include <plex/module/SampleOwnership.hpp>
 
 #include <cstdint>
 #include <memory>
@@ -14,7 +14,7 @@ namespace generated::ddsimpl::keyed
 {
 
 /// A Channel of the application over a wire value that it owns, or borrows from DDS.
-class PLEX_EXPORT Channel final : public ::keyed::Channel
+class PLEX_EXPORT Channel : public ::keyed::Channel
 {
 public:
     using DdsType = generated::dds_::keyed::Channel;

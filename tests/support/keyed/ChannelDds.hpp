@@ -2,7 +2,7 @@
 #pragma once
 
 #include <plex/Export.hpp>
-#include <plex/ps/internal/PubSubType.hpp>
+#include <plex/module/PubSubType.hpp>
 
 #include <fastcdr/Cdr.h>
 #include <fastcdr/CdrSizeCalculator.hpp>
@@ -65,7 +65,7 @@ namespace generated::dds_::keyed
 {
 
 /// How Fast DDS handles samples of Channel.
-class PLEX_EXPORT ChannelPubSubType : public ovra::plex::ps::internal::PubSubType<Channel>
+class PLEX_EXPORT ChannelPubSubType : public ovra::plex::ps::PubSubType<Channel>
 {
 public:
     using type = Channel;

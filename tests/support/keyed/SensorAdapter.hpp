@@ -5,7 +5,7 @@
 #include "SensorDds.hpp"
 
 #include <plex/Export.hpp>
-#include <plex/ps/internal/SampleDeleters.hpp>
+#include <plex/module/SampleOwnership.hpp>
 
 #include <memory>
 #include <string>
@@ -14,7 +14,7 @@ namespace generated::ddsimpl::keyed
 {
 
 /// A Sensor of the application over a wire value that it owns, or borrows from DDS.
-class PLEX_EXPORT Sensor final : public ::keyed::Sensor
+class PLEX_EXPORT Sensor : public ::keyed::Sensor
 {
 public:
     using DdsType = generated::dds_::keyed::Sensor;

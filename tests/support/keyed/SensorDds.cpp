@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SensorDds.hpp"
 
-#include <plex/ps/internal/CdrMembers.hpp>
+#include <plex/module/CdrMembers.hpp>
 
 #include <fastcdr/exceptions/BadParamException.h>
 
@@ -9,7 +9,7 @@ namespace eprosima::fastcdr
 {
 
 using generated::dds_::keyed::Sensor;
-namespace members = ovra::plex::ps::internal;
+namespace members = ovra::plex::ps::cdr;
 
 namespace
 {

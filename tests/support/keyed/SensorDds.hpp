@@ -2,7 +2,7 @@
 #pragma once
 
 #include <plex/Export.hpp>
-#include <plex/ps/internal/PubSubType.hpp>
+#include <plex/module/PubSubType.hpp>
 
 #include <fastcdr/Cdr.h>
 #include <fastcdr/CdrSizeCalculator.hpp>
@@ -71,7 +71,7 @@ namespace generated::dds_::keyed
 {
 
 /// How Fast DDS handles samples of Sensor.
-class PLEX_EXPORT SensorPubSubType : public ovra::plex::ps::internal::PubSubType<Sensor>
+class PLEX_EXPORT SensorPubSubType : public ovra::plex::ps::PubSubType<Sensor>
 {
 public:
     using type = Sensor;

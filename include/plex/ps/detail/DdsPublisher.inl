@@ -2,7 +2,8 @@
 #pragma once
 
 #include <plex/ps/DataEntities.hpp>
-#include <plex/ps/internal/Publishing.hpp>
+#include <plex/ps/internal/Settings.hpp>
+#include <plex/ps/internal/Time.hpp>
 
 #include <utility>
 
@@ -18,7 +19,7 @@ DdsPublisher<T, ST>::DdsPublisher(const Uri& uri, const qos::QoSList& qos, const
 {
     createDdsEntities();
     this->state_ = internal::EntityState::Initialized;
-    LOG4CPLUS_TRACE(logger_, "Publisher for " << uri.string() << " created");
+    internal::recordCreated(logger_, "Publisher", uri);
 }
 
 template <class T, class ST>
@@ -53,7 +54,7 @@ std::unique_ptr<InstancePublisher<T>> DdsPublisher<T, ST>::createInstancePublish
 }
 
 template <class T, class ST>
-inline void DdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout) const
+void DdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout) const
 {
     if (timeout.count() < 0) {
         internal::throwWithUri("Negative timeout given to publish", this->uri_);
@@ -61,19 +62,13 @@ inline void DdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& t
 }
 
 template <class T, class ST>
-inline void DdsPublisher<T, ST>::checkWritten(internal::ReturnCode result) const
+void DdsPublisher<T, ST>::checkWritten(fastdds::ReturnCode result) const
 {
-    if (result != internal::RETCODE_OK) {
-        failToWrite(result);
+    if (result != fastdds::RETCODE_OK) {
+        internal::failWithErrMsg(
+            logger_, internal::withCode(
+                         internal::withUri("Writer failed to write for dds publisher", this->uri_), result));
     }
-}
-
-template <class T, class ST>
-void DdsPublisher<T, ST>::failToWrite(internal::ReturnCode result) const
-{
-    internal::failWithErrMsg(
-        logger_, internal::withCode(internal::withUri("Writer failed to write for dds publisher", this->uri_),
-                                    result));
 }
 
 template <class T, class ST>
@@ -83,7 +78,7 @@ void DdsPublisher<T, ST>::publish(const T& value, const std::chrono::millisecond
     checkTimeout(timeout);
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
     checkWritten(
-        internal::code(writer_->write(internal::asSample(&adapter.wire()), internal::dds::HANDLE_NIL)));
+        fastdds::code(writer_->write(fastdds::asSample(&adapter.wire()), internal::dds::HANDLE_NIL)));
 }
 
 template <class T, class ST>
@@ -92,10 +87,10 @@ void DdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value,
 {
     this->checkState();
     checkTimeout(timeout);
-    const internal::Time_t time = internal::toSourceTime(sourceTimestamp);
+    const fastdds::Time_t time = internal::toSourceTime(sourceTimestamp);
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    checkWritten(internal::code(
-        writer_->write_w_timestamp(internal::asSample(&adapter.wire()), internal::dds::HANDLE_NIL, time)));
+    checkWritten(fastdds::code(
+        writer_->write_w_timestamp(fastdds::asSample(&adapter.wire()), internal::dds::HANDLE_NIL, time)));
 }
 
 template <class T, class ST>
@@ -109,7 +104,7 @@ template <class T, class ST>
 void DdsPublisher<T, ST>::close()
 {
     if (this->state_ != internal::EntityState::Closed) {
-        internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
+        internal::CallbackScope::checkMayClose(logger_, this->uri_);
         release();
     }
 }

@@ -2,9 +2,7 @@
 #pragma once
 
 #include <plex/ps/DataEntities.hpp>
-#include <plex/ps/detail/DdsLoanedDataEntity.inl>
-
-#include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
+#include <plex/ps/DdsLoanedDataEntity.hpp>
 
 #include <utility>
 
@@ -21,7 +19,7 @@ DdsSubscriber<T, ST>::create(const Uri& uri, const qos::QoSList& qos, const Plex
     subscriber->attachManager(reader);
     subscriber->reader_.set(std::move(reader));
     subscriber->state_ = internal::EntityState::Initialized;
-    LOG4CPLUS_TRACE(subscriber->logger_, "Subscriber for " << uri.string() << " created");
+    internal::recordCreated(subscriber->logger_, "Subscriber", uri);
     return subscriber;
 }
 
@@ -47,72 +45,23 @@ DdsSubscriber<T, ST>::~DdsSubscriber() // NOLINT(bugprone-exception-escape)
 template <class T, class ST>
 std::shared_ptr<internal::dds::DataReader> DdsSubscriber<T, ST>::createReader()
 {
-    subscriber_ = createReadersSubscriber();
-    return internal::holdReader(subscriber_, topic_, createDataReader(*subscriber_), logger_,
+    subscriber_ = internal::holdSubscriber(this->participant_, this->createReadersSubscriber(logger_),
+                                           logger_, "Failed to delete a DDS subscriber for dds subscriber");
+    auto* const reader = internal::DdsEntityBase::createReader(*subscriber_, *topic_, logger_);
+    return internal::holdReader(subscriber_, topic_, reader, logger_,
                                 "Failed to delete a DDS data reader for dds subscriber");
 }
 
 template <class T, class ST>
 void DdsSubscriber<T, ST>::attachManager(const std::shared_ptr<internal::dds::DataReader>& reader)
 {
-    auto manager = std::make_shared<SubscriptionManager<T, ST>>(*this, reader);
+    auto manager = std::make_shared<Manager>(*this, this->ageLimits(), reader);
     listener_ = manager->createListener();
-    const auto result = internal::code(reader->set_listener(listener_.get()));
-    if (result != internal::RETCODE_OK) {
+    const auto result = fastdds::code(reader->set_listener(listener_.get()));
+    if (result != fastdds::RETCODE_OK) {
         internal::fail(logger_, internal::withCode("Failed to attach a listener to the DDS reader", result));
     }
     manager_ = std::move(manager);
-}
-
-template <class T, class ST>
-std::shared_ptr<internal::dds::Subscriber> DdsSubscriber<T, ST>::createReadersSubscriber()
-{
-    internal::dds::Subscriber* subscriber = nullptr;
-    if (this->getQosLibraryName() != nullptr) {
-        const auto profile = getProfileNameByProfileType(ProfileType::Subscriber, this->properties_);
-        subscriber = this->participant_->create_subscriber_with_profile(profile, nullptr,
-                                                                        internal::dds::StatusMask::all());
-        if (subscriber == nullptr) {
-            internal::fail(logger_, "Failed to create subscriber with profile:" + profile);
-        }
-    } else {
-        subscriber = this->participant_->create_subscriber(internal::dds::SubscriberQos(), nullptr,
-                                                           internal::dds::StatusMask::all());
-        if (subscriber == nullptr) {
-            internal::fail(logger_, "Failed to create subscriber");
-        }
-    }
-    return internal::holdSubscriber(this->participant_, subscriber, logger_,
-                                    "Failed to delete a DDS subscriber for dds subscriber");
-}
-
-template <class T, class ST>
-internal::dds::DataReader* DdsSubscriber<T, ST>::createDataReader(internal::dds::Subscriber& subscriber)
-{
-    if (this->getQosLibraryName() != nullptr) {
-        const auto profile = getProfileNameByProfileType(ProfileType::Reader, this->properties_);
-        auto* const reader = this->createReaderWithProfile(subscriber, *topic_, profile);
-        if (reader == nullptr) {
-            internal::fail(logger_, "Failed to create reader with profile:" + profile);
-        }
-        return reader;
-    }
-    internal::dds::DataReaderQos qos;
-    internal::represent(qos, this->representation_);
-    qos.history().kind = internal::dds::KEEP_ALL_HISTORY_QOS;
-    qos.history().depth = 1000;
-    qos.resource_limits().max_samples = 40000;
-    qos.resource_limits().max_instances = 100;
-    qos.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
-    if (this->deadlineMs_ > 0) {
-        qos.deadline().period = this->deadlinePeriod();
-    }
-    auto* const reader =
-        subscriber.create_datareader(topic_.get(), qos, nullptr, internal::dds::StatusMask::all());
-    if (reader == nullptr) {
-        internal::fail(logger_, "Failed to create reader");
-    }
-    return reader;
 }
 
 template <class T, class ST>
@@ -130,11 +79,11 @@ void DdsSubscriber<T, ST>::close()
             logger_, internal::withUri("A subscriber can not be closed inside its own callback", this->uri_));
     }
     if (this->state_ != internal::EntityState::Closed) {
-        internal::AsynchronousCallback::checkMayClose(logger_, this->uri_);
+        internal::CallbackScope::checkMayClose(logger_, this->uri_);
     }
     const std::lock_guard closing(closeMutex_);
     if (this->state_ == internal::EntityState::Closed) {
-        LOG4CPLUS_DEBUG(logger_, "Publisher already closed");
+        internal::recordDebug(logger_, "Publisher already closed");
         return;
     }
     release();
@@ -176,24 +125,45 @@ void DdsSubscriber<T, ST>::checkOpen() const
 }
 
 template <class T, class ST>
-inline bool DdsSubscriber<T, ST>::checkTaken(internal::ReturnCode result, const char* failureText) const
+bool DdsSubscriber<T, ST>::checkTaken(fastdds::ReturnCode result, const char* failureText) const
 {
-    if (result != internal::RETCODE_OK && result != internal::RETCODE_NO_DATA) {
-        failToTake(result, failureText);
+    if (result != fastdds::RETCODE_OK && result != fastdds::RETCODE_NO_DATA) {
+        internal::failWithErrMsg(logger_,
+                                 internal::withCode(internal::withUri(failureText, this->uri_), result));
     }
-    return result == internal::RETCODE_OK;
+    return result == fastdds::RETCODE_OK;
 }
 
 template <class T, class ST>
-void DdsSubscriber<T, ST>::failToTake(internal::ReturnCode result, const char* failureText) const
-{
-    internal::failWithErrMsg(logger_, internal::withCode(internal::withUri(failureText, this->uri_), result));
-}
-
-template <class T, class ST>
-inline bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index) const
+bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index) const
 {
     return samples.hasValue(index) && !this->isQosExceeded(samples.infos[index]);
+}
+
+template <class T, class ST>
+template <class Take>
+std::size_t DdsSubscriber<T, ST>::takeValues(internal::dds::DataReader& reader,
+                                             std::vector<std::shared_ptr<T>>& values, Take take) const
+{
+    Samples samples;
+    const auto result = take(samples);
+    try {
+        if (!checkTaken(result, "Reader take failed for dds subscriber.")) {
+            return 0;
+        }
+    } catch (const PlexException&) {
+        if (values.empty()) {
+            throw;
+        }
+        return 0; // what was taken is not lost with it: a failure that lasts meets the next call
+    }
+    const internal::LoanGuard guard(reader, samples, logger_, internal::loanNotReturned);
+    for (std::int32_t i = 0; i < samples.size(); ++i) {
+        if (isDeliverable(samples, i)) {
+            values.push_back(createDataEntityFrom<T, ST>(samples.data[i]));
+        }
+    }
+    return static_cast<std::size_t>(samples.size());
 }
 
 template <class T, class ST>
@@ -201,28 +171,25 @@ std::vector<std::shared_ptr<T>> DdsSubscriber<T, ST>::read(std::size_t maxCount)
 {
     const auto reader = openReader();
     std::vector<std::shared_ptr<T>> values;
-    std::size_t taken = 0;
-    while (maxCount == 0 || taken < maxCount) {
-        Samples samples;
-        const auto result =
-            internal::take(*reader, samples, internal::sampleLimit(maxCount == 0 ? 0 : maxCount - taken));
-        try {
-            if (!checkTaken(result, "Reader take failed for dds subscriber.")) {
-                break;
-            }
-        } catch (const PlexException&) {
-            if (values.empty()) {
-                throw;
-            }
-            break; // what was taken is not lost with it: a failure that lasts meets the next call
+    if (maxCount == 0) {
+        internal::ArrivedSamples arrived(*reader);
+        const auto take = [&](Samples& samples) {
+            return arrived.take(samples);
+        };
+        while (takeValues(*reader, values, take) > 0 && !closing_.get_trigger_value()) {
         }
-        const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
-        taken += static_cast<std::size_t>(samples.size());
-        for (std::int32_t i = 0; i < samples.size(); ++i) {
-            if (isDeliverable(samples, i)) {
-                values.push_back(createDataEntityFrom<T, ST>(samples.data[i]));
-            }
+        return values;
+    }
+    std::size_t left = maxCount;
+    const auto take = [&](Samples& samples) {
+        return samples.take(*reader, internal::sampleLimit(left));
+    };
+    while (left > 0) {
+        const auto taken = takeValues(*reader, values, take);
+        if (taken == 0) {
+            break;
         }
+        left -= taken;
     }
     return values;
 }
@@ -236,7 +203,7 @@ std::shared_ptr<T> DdsSubscriber<T, ST>::readInstance(const T& value)
         return nullptr;
     }
     Samples samples;
-    const auto result = internal::takeInstance(*reader, samples, handle);
+    const auto result = samples.takeInstance(*reader, handle);
     if (!checkTaken(result, "Reader take failed for dds subscriber's readInstance.")) {
         return nullptr;
     }
@@ -266,8 +233,9 @@ std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedRead()
 {
     auto reader = openReader();
     auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), std::move(reader));
-    const auto result = internal::take(loan->reader(), loan->samples(), 1);
-    if (!checkTaken(result, "Reader take failed for dds subscriber's loanedRead.") || !present(*loan)) {
+    const auto result = loan->samples().take(loan->reader(), 1);
+    if (!checkTaken(result, "Reader take failed for dds subscriber's loanedRead.") ||
+        !viewFirstDeliverable(*loan)) {
         return nullptr;
     }
     return loan;
@@ -282,16 +250,16 @@ std::shared_ptr<LoanedDataEntity<T>> DdsSubscriber<T, ST>::loanedReadInstance(co
         return nullptr;
     }
     auto loan = std::make_shared<DdsLoanedDataEntity>(this->shared_from_this(), std::move(reader));
-    const auto result = internal::takeInstance(loan->reader(), loan->samples(), handle);
+    const auto result = loan->samples().takeInstance(loan->reader(), handle);
     if (!checkTaken(result, "Reader take failed for dds subscriber's loanedReadInstance.") ||
-        !present(*loan)) {
+        !viewFirstDeliverable(*loan)) {
         return nullptr;
     }
     return loan;
 }
 
 template <class T, class ST>
-inline bool DdsSubscriber<T, ST>::present(DdsLoanedDataEntity& loan) const
+bool DdsSubscriber<T, ST>::viewFirstDeliverable(DdsLoanedDataEntity& loan) const
 {
     Samples& samples = loan.samples();
     for (std::int32_t i = 0; i < samples.size(); ++i) {
@@ -306,8 +274,8 @@ inline bool DdsSubscriber<T, ST>::present(DdsLoanedDataEntity& loan) const
 template <class T, class ST>
 void DdsSubscriber<T, ST>::returnLoan(internal::dds::DataReader& reader, Samples& samples)
 {
-    const auto result = internal::code(reader.return_loan(samples.data, samples.infos));
-    if (result != internal::RETCODE_OK) {
+    const auto result = samples.giveBack(reader);
+    if (result != fastdds::RETCODE_OK) {
         internal::failWithErrMsg(
             logger_,
             internal::withCode(internal::withUri("Failed to return loan back to middle-layer.", this->uri_),
@@ -316,12 +284,12 @@ void DdsSubscriber<T, ST>::returnLoan(internal::dds::DataReader& reader, Samples
 }
 
 template <class T, class ST>
-internal::InstanceHandle_t DdsSubscriber<T, ST>::lookupInstance(const T& value)
+fastdds::InstanceHandle_t DdsSubscriber<T, ST>::lookupInstance(const T& value)
 {
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
     typename ST::PubSubType type;
-    internal::InstanceHandle_t handle;
-    if (!type.getKey(internal::asSample(&adapter.wire()), &handle, false)) {
+    fastdds::InstanceHandle_t handle;
+    if (!type.getKey(fastdds::asSample(&adapter.wire()), &handle, false)) {
         internal::failWithErrMsg(logger_, internal::withCode("Lookup instance key failed", 0));
     }
     return handle;
@@ -339,24 +307,33 @@ std::shared_ptr<SubscriptionManager<T, ST>> DdsSubscriber<T, ST>::openManager() 
 }
 
 template <class T, class ST>
+std::unique_ptr<Subscription> DdsSubscriber<T, ST>::registered(std::unique_ptr<Subscription> handle) const
+{
+    if (!handle) {
+        this->failClosed();
+    }
+    return handle;
+}
+
+template <class T, class ST>
 std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribe(const DataEventFilter<T>& filter,
                                                               Callback callback)
 {
-    return openManager()->subscribe(filter, callback, this->shared_from_this());
+    return registered(openManager()->subscribe(filter, callback, this->shared_from_this()));
 }
 
 template <class T, class ST>
 std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& filter,
                                                                    Callback callback)
 {
-    return openManager()->subscribeAsync(filter, callback, this->shared_from_this());
+    return registered(openManager()->subscribeAsync(filter, callback, this->shared_from_this()));
 }
 
 template <class T, class ST>
 std::unique_ptr<Subscription> DdsSubscriber<T, ST>::subscribeAsync(const DataEventFilter<T>& filter,
                                                                    Notifier notifier)
 {
-    return openManager()->subscribeAsyncWithNotifier(filter, notifier, this->shared_from_this());
+    return registered(openManager()->subscribeAsyncWithNotifier(filter, notifier, this->shared_from_this()));
 }
 
 } // namespace ovra::plex::ps

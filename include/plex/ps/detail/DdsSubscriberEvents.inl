@@ -2,25 +2,9 @@
 #pragma once
 
 #include <cassert>
-#include <limits>
 
 namespace ovra::plex::ps
 {
-
-template <class T, class ST>
-struct DdsSubscriber<T, ST>::EventRead {
-    Filter filter;
-    Events& events;
-    const char* takeFailed;
-    const char* loanNotReturned;
-    std::size_t remaining = std::numeric_limits<std::size_t>::max(); ///< events until the limit
-
-    /// The largest number of samples for the next take.
-    std::int32_t takeLimit() const
-    {
-        return internal::sampleLimit(remaining == std::numeric_limits<std::size_t>::max() ? 0 : remaining);
-    }
-};
 
 template <class T, class ST>
 void DdsSubscriber<T, ST>::checkTimeout(const std::chrono::milliseconds& timeout,
@@ -52,7 +36,7 @@ void DdsSubscriber<T, ST>::appendEvents(const Samples& samples, EventRead& read)
 {
     for (std::int32_t i = 0; i < samples.size() && read.remaining > 0; ++i) {
         const auto& info = samples.infos[i];
-        if (isDeliverable(samples, i) && read.filter.matches(info)) {
+        if (isDeliverable(samples, i) && Manager::matches(samples.data[i], info, read.filter)) {
             read.events.push_back(
                 std::make_shared<DdsDataEvent<T>>(internal::toSeconds(info.source_timestamp), true,
                                                   createDataEntityFrom<T, ST>(samples.data[i]),
@@ -63,19 +47,56 @@ void DdsSubscriber<T, ST>::appendEvents(const Samples& samples, EventRead& read)
 }
 
 template <class T, class ST>
-bool DdsSubscriber<T, ST>::takeEvents(internal::dds::DataReader& reader, EventRead& read) const
+template <class Take>
+bool DdsSubscriber<T, ST>::takeEvents(internal::dds::DataReader& reader, EventRead& read, Take take) const
 {
-    bool anyData = false;
-    while (read.remaining > 0) {
-        Samples samples;
-        if (!checkTaken(internal::take(reader, samples, read.takeLimit()), read.takeFailed)) {
-            break;
-        }
-        anyData = true;
-        const internal::LoanGuard guard(reader, samples, logger_, read.loanNotReturned);
-        appendEvents(samples, read);
+    Samples samples;
+    if (!checkTaken(take(samples), read.takeFailed)) {
+        return false;
     }
-    return anyData;
+    const internal::LoanGuard guard(reader, samples, logger_, read.loanNotReturned);
+    appendEvents(samples, read);
+    return true;
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::takeEventsArrived(internal::dds::DataReader& reader, EventRead& read) const
+{
+    internal::ArrivedSamples arrived(reader);
+    const auto take = [&](Samples& samples) {
+        return arrived.take(samples);
+    };
+    while (takeEvents(reader, read, take) && !closing_.get_trigger_value()) {
+    }
+}
+
+template <class T, class ST>
+void DdsSubscriber<T, ST>::takeEventsWanted(internal::DataWait::Result woken,
+                                            internal::dds::DataReader& reader, EventRead& read) const
+{
+    takeWoken(woken, [&](const internal::SampleStates& states) {
+        return read.remaining > 0 && takeEvents(reader, read, [&](Samples& samples) {
+                   return samples.take(reader, internal::sampleLimit(read.remaining), states);
+               });
+    });
+}
+
+template <class T, class ST>
+template <class Take>
+bool DdsSubscriber<T, ST>::takeWoken(internal::DataWait::Result woken, Take take) const
+{
+    switch (woken) {
+    case internal::DataWait::Result::Look:
+        if (!take(internal::unreadAlive)) {
+            return false;
+        }
+        take(internal::anyState);
+        return true;
+    case internal::DataWait::Result::Data:
+        return take(internal::anyState);
+    default:
+        return false;
+    }
 }
 
 template <class T, class ST>
@@ -85,7 +106,7 @@ std::size_t DdsSubscriber<T, ST>::readDataEventsCache(const DataEventFilter<T>& 
     const std::size_t before = events.size();
     EventRead read{Filter(filter, logger_), events,
                    "Reader take failed for dds subscriber's readDataEventsCache.", internal::loanNotReturned};
-    takeEvents(*reader, read);
+    takeEventsArrived(*reader, read);
     return events.size() - before;
 }
 
@@ -100,15 +121,23 @@ std::size_t DdsSubscriber<T, ST>::readDataEventsUntilTimeout(const DataEventFilt
     EventRead read{Filter(filter, logger_), events, "Reader take failed in readDataEventsUntilTimeout.",
                    internal::loanNotReturned};
     internal::DataWait data(*reader, closing_, logger_, this->uri_);
-    const auto end = internal::endOf(timeout);
+    const auto end = internal::timeoutEnd(timeout);
+    const auto take = [&](const internal::SampleStates& states) {
+        return takeEvents(*reader, read, [&](Samples& samples) {
+            return samples.take(*reader, internal::dds::LENGTH_UNLIMITED, states);
+        });
+    };
     for (;;) {
         const std::chrono::nanoseconds remaining = end - internal::WallClock::now();
         if (remaining < overdue) {
             break;
         }
-        const auto woken = data.wait(internal::waitFor(remaining));
-        if (woken == internal::DataWait::Result::Timeout ||
-            (woken == internal::DataWait::Result::Data && takeEvents(*reader, read))) {
+        const auto woken = data.wait(internal::waitDuration(remaining));
+        if (woken == internal::DataWait::Result::Timeout) {
+            break;
+        }
+        if (takeWoken(woken, take)) {
+            takeEventsArrived(*reader, read); // as Fast DDS gives but so many samples at a time
             break;
         }
         checkOpen();
@@ -129,9 +158,7 @@ std::size_t DdsSubscriber<T, ST>::readDataEventsUntilEventCountLimit(const DataE
     internal::DataWait data(*reader, closing_, logger_, this->uri_);
     while (read.remaining > 0) {
         checkOpen();
-        if (data.wait(internal::shortWait()) == internal::DataWait::Result::Data) {
-            takeEvents(*reader, read);
-        }
+        takeEventsWanted(data.wait(internal::shortestWait()), *reader, read);
     }
     return eventCountLimit;
 }
@@ -150,14 +177,26 @@ DdsSubscriber<T, ST>::readDataEventsUntilEventCountLimitOrTimeout(const DataEven
                    "Reader take failed for dds subscriber's readDataEventsUntilEventCountLimitOrTimeout.",
                    internal::loanNotReturnedCounting, eventCountLimit};
     internal::DataWait data(*reader, closing_, logger_, this->uri_);
-    const auto end = internal::endOf(timeout);
+    const auto end = internal::timeoutEnd(timeout);
     while (read.remaining > 0 && end > internal::WallClock::now()) {
         checkOpen();
-        if (data.wait(internal::shortWait()) == internal::DataWait::Result::Data) {
-            takeEvents(*reader, read);
-        }
+        takeEventsWanted(data.wait(internal::shortestWait()), *reader, read);
     }
     return eventCountLimit - read.remaining;
+}
+
+template <class T, class ST>
+std::size_t DdsSubscriber<T, ST>::takePolled(internal::dds::DataReader& reader, Manager& manager,
+                                             std::size_t maxCount, const internal::SampleStates& states) const
+{
+    Samples samples;
+    if (!checkTaken(samples.take(reader, internal::sampleLimit(maxCount), states),
+                    "Reader take failed in poll.")) {
+        return 0;
+    }
+    const internal::LoanGuard guard(reader, samples, logger_, internal::loanNotReturned);
+    manager.dispatchToSync(samples);
+    return static_cast<std::size_t>(samples.size());
 }
 
 template <class T, class ST>
@@ -169,22 +208,16 @@ std::size_t DdsSubscriber<T, ST>::poll(std::size_t maxCount, const std::chrono::
     const auto manager = openManager();
     manager->checkNotInSyncCallback();
     const auto reader = openReader();
+    const auto end = internal::timeoutEnd(timeout);
     internal::DataWait data(*reader, closing_, logger_, this->uri_);
-    const auto end = internal::endOf(timeout);
     std::size_t total = 0;
     while (end > internal::WallClock::now()) {
         checkOpen();
-        if (data.wait(internal::shortWait()) != internal::DataWait::Result::Data) {
-            continue;
-        }
-        Samples samples;
-        if (!checkTaken(internal::take(*reader, samples, internal::sampleLimit(maxCount)),
-                        "Reader take failed in poll.")) {
-            continue;
-        }
-        const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
-        manager->dispatchToSync(samples);
-        total += static_cast<std::size_t>(samples.size());
+        takeWoken(data.wait(internal::shortestWait()), [&](const internal::SampleStates& states) {
+            const auto taken = takePolled(*reader, *manager, maxCount, states);
+            total += taken;
+            return taken > 0;
+        });
     }
     return total;
 }

@@ -2,7 +2,8 @@
 #pragma once
 
 #include <plex/ps/DataEntities.hpp>
-#include <plex/ps/internal/Publishing.hpp>
+#include <plex/ps/internal/Settings.hpp>
+#include <plex/ps/internal/Time.hpp>
 
 #include <utility>
 
@@ -40,8 +41,10 @@ void InstanceDdsPublisher<T, ST>::createDdsEntities(const T& value)
     writer_ = internal::holdWriter(publisher_,
                                    parent_->createWriter(*publisher_, *topic_, logger_, std::nullopt), texts);
 
-    const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    instanceHandle_ = writer_->register_instance(internal::asSample(&adapter.wire()));
+    // DDS keeps what it is given as the instance's key value, so it is given nothing but the key.
+    const auto key = obtainImpl<T, ST>(value, logger_).cloneKey();
+    const ST& adapter = obtainImpl<T, ST>(*key, logger_);
+    instanceHandle_ = writer_->register_instance(fastdds::asSample(&adapter.wire()));
     if (!instanceHandle_.isDefined() && instanceHandle_ == internal::dds::HANDLE_NIL) {
         internal::fail<IllegalStateException>(logger_, "Key instance not created");
     }
@@ -73,9 +76,9 @@ void InstanceDdsPublisher<T, ST>::checkTimeout(const std::chrono::milliseconds& 
 }
 
 template <class T, class ST>
-void InstanceDdsPublisher<T, ST>::checkWritten(internal::ReturnCode result) const
+void InstanceDdsPublisher<T, ST>::checkWritten(fastdds::ReturnCode result) const
 {
-    if (result != internal::RETCODE_OK) {
+    if (result != fastdds::RETCODE_OK) {
         internal::failWithErrMsg<IllegalStateException>(logger_,
                                                         internal::withCode("Publish failed", result));
     }
@@ -91,11 +94,11 @@ template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::publish(const T& value, const std::chrono::milliseconds& timeout)
 {
     checkNotPublishingHere();
-    const internal::DispatchMutex::Pass pass(mutex_);
+    const internal::DispatchMutex::DispatchLock lock(mutex_);
     checkState();
     checkTimeout(timeout);
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    checkWritten(internal::code(writer_->write(internal::asSample(&adapter.wire()), instanceHandle_)));
+    checkWritten(fastdds::code(writer_->write(fastdds::asSample(&adapter.wire()), instanceHandle_)));
 }
 
 template <class T, class ST>
@@ -103,25 +106,25 @@ void InstanceDdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value
                                           const std::chrono::milliseconds& timeout)
 {
     checkNotPublishingHere();
-    const internal::DispatchMutex::Pass pass(mutex_);
+    const internal::DispatchMutex::DispatchLock lock(mutex_);
     checkState();
     checkTimeout(timeout);
-    const internal::Time_t time = internal::toSourceTime(sourceTimestamp);
+    const fastdds::Time_t time = internal::toSourceTime(sourceTimestamp);
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    checkWritten(internal::code(
-        writer_->write_w_timestamp(internal::asSample(&adapter.wire()), instanceHandle_, time)));
+    checkWritten(
+        fastdds::code(writer_->write_w_timestamp(fastdds::asSample(&adapter.wire()), instanceHandle_, time)));
 }
 
 template <class T, class ST>
 std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
 {
     checkNotPublishingHere();
-    const internal::DispatchMutex::Pass pass(mutex_);
+    const internal::DispatchMutex::DispatchLock lock(mutex_);
     checkState();
     auto entity = createDataEntityInternal<T, ST>();
     auto& wire = obtainImpl<T, ST>(*entity, logger_).wire();
-    const auto result = internal::code(writer_->get_key_value(&wire, instanceHandle_));
-    if (result != internal::RETCODE_OK) {
+    const auto result = fastdds::code(writer_->get_key_value(&wire, instanceHandle_));
+    if (result != fastdds::RETCODE_OK) {
         internal::failWithErrMsg(logger_, internal::withCode("Getting instance key failed", result));
     }
     return entity;
@@ -131,7 +134,7 @@ template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::close()
 {
     if (!closed_) {
-        internal::AsynchronousCallback::checkMayClose(logger_, parent_->uri());
+        internal::CallbackScope::checkMayClose(logger_, parent_->uri());
         release();
     }
 }
@@ -139,7 +142,7 @@ void InstanceDdsPublisher<T, ST>::close()
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::release()
 {
-    const internal::DispatchMutex::Pass pass(mutex_);
+    const internal::DispatchMutex::DispatchLock lock(mutex_);
     if (!closed_) {
         writer_.reset();
         topic_.reset();

@@ -3,8 +3,6 @@
 
 #include <plex/ps/DataEntities.hpp>
 
-#include <fastdds/dds/subscriber/qos/DataReaderQos.hpp>
-
 #include <thread>
 
 namespace ovra::plex::ps
@@ -39,17 +37,7 @@ std::shared_ptr<internal::dds::Topic> MrvDdsSubscriber<T, ST>::makeTopic()
 template <class T, class ST>
 std::shared_ptr<internal::dds::DataReader> MrvDdsSubscriber<T, ST>::makeReader()
 {
-    const internal::dds::StatusMask communicationStatuses(0x7FE7);
-    internal::dds::DataReaderQos qos;
-    internal::represent(qos, this->representation_);
-    qos.history().kind = internal::dds::KEEP_LAST_HISTORY_QOS;
-    qos.history().depth = 1;
-    qos.endpoint().history_memory_policy = internal::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
-    if (ST().hasKey()) { // every instance counts, however many
-        qos.resource_limits().max_instances = internal::dds::LENGTH_UNLIMITED;
-        qos.resource_limits().max_samples = internal::dds::LENGTH_UNLIMITED;
-    }
-    auto* const reader = m_subscriber->create_datareader(m_topic.get(), qos, nullptr, communicationStatuses);
+    auto* const reader = this->createMostRecentReader(*m_subscriber, *m_topic);
     if (reader == nullptr) {
         internal::fail(m_logger,
                        internal::withUri("Failed to create data reader for Mrv dds subscriber.", this->uri_));
@@ -71,11 +59,11 @@ template <class T, class ST>
 void MrvDdsSubscriber<T, ST>::close()
 {
     if (this->state_ != internal::EntityState::Closed) {
-        internal::AsynchronousCallback::checkMayClose(m_logger, this->uri_);
+        internal::CallbackScope::checkMayClose(m_logger, this->uri_);
     }
     const std::lock_guard closing(m_closeMutex);
     if (this->state_ == internal::EntityState::Closed) {
-        LOG4CPLUS_DEBUG(m_logger, "MrvSubscriber already closed");
+        internal::recordDebug(m_logger, "MrvSubscriber already closed");
         return;
     }
     release();
@@ -107,8 +95,8 @@ MrvDdsSubscriber<T, ST>::readMostRecent(const std::chrono::milliseconds& timeout
         values.push_back(std::move(value));
     };
     const auto result = internal::readInstances<typename ST::DdsType>(
-        *m_reader, internal::dds::ALIVE_INSTANCE_STATE, makeGuard, append);
-    if (result != internal::RETCODE_OK) {
+        *m_reader, internal::dds::ALIVE_INSTANCE_STATE, internal::dds::LENGTH_UNLIMITED, makeGuard, append);
+    if (result != fastdds::RETCODE_OK) {
         internal::failWithErrMsg(
             m_logger,
             internal::withCode(internal::withUri("Read failed for Mrv dds subscriber.", this->uri_), result));

@@ -2,80 +2,18 @@
 #pragma once
 
 #include <plex/common/UUID.hpp>
+#include <plex/ps/SubscriptionReaderListener.hpp>
 
 #include <utility>
 
 namespace ovra::plex::ps
 {
 
-/// Hands what DDS reports of a reader to its subscription manager.
-///
-/// Fast DDS copies the reader's listener pointer and calls through it without counting, so detaching does not
-/// wait for a call under way. Two things make it safe:
-/// - The subscriber keeps the listener, which keeps the manager, as long as it lives, and whatever holds the
-///   reader holds the subscriber, so both outlive delete_datareader(). When that returns, every call is over,
-///   in both generations: those about data, deadlines and liveliness run with the RTPS reader's mutex held,
-///   which the deletion takes to detach the reader's inner listener; receiving threads, in-process writers
-///   and discovery reach a reader only under locks or counts that the deletion waits for before it frees it,
-///   and the deadline's timer only while the event thread, for which it waits too, is busy.
-/// - A call does its work under the manager's async mutex, which the shutdown takes: so no callback starts
-///   once the shutdown is over.
 template <class T, class ST>
-class SubscriptionManager<T, ST>::SubscriptionReaderListener final : public internal::dds::DataReaderListener
-{
-public:
-    explicit SubscriptionReaderListener(std::shared_ptr<SubscriptionManager> manager)
-        : manager_(std::move(manager))
-    {
-    }
-
-    [[gnu::hot]] void on_data_available(internal::dds::DataReader* /*reader*/) override
-    {
-        manager_->onDataAvailable();
-    }
-
-    void on_subscription_matched(internal::dds::DataReader* /*reader*/,
-                                 const internal::dds::SubscriptionMatchedStatus& /*status*/) override
-    {
-    }
-
-    void on_requested_deadline_missed(internal::dds::DataReader* /*reader*/,
-                                      const internal::dds::RequestedDeadlineMissedStatus& /*status*/) override
-    {
-        LOG4CPLUS_WARN(logger_, "on_requested_deadline_missed");
-    }
-
-    void on_liveliness_changed(internal::dds::DataReader* /*reader*/,
-                               const internal::dds::LivelinessChangedStatus& /*status*/) override
-    {
-    }
-
-    void on_sample_rejected(internal::dds::DataReader* /*reader*/,
-                            const internal::dds::SampleRejectedStatus& /*status*/) override
-    {
-    }
-
-    void
-    on_requested_incompatible_qos(internal::dds::DataReader* /*reader*/,
-                                  const internal::dds::RequestedIncompatibleQosStatus& /*status*/) override
-    {
-        LOG4CPLUS_WARN(logger_, "Requested incompatible QoS ");
-    }
-
-    void on_sample_lost(internal::dds::DataReader* /*reader*/,
-                        const internal::dds::SampleLostStatus& /*status*/) override
-    {
-    }
-
-private:
-    log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriptionReaderListener");
-    const std::shared_ptr<SubscriptionManager> manager_;
-};
-
-template <class T, class ST>
-SubscriptionManager<T, ST>::SubscriptionManager(DdsSubscriber<T, ST>& owner,
+SubscriptionManager<T, ST>::SubscriptionManager(Subscriber<T>& owner, internal::AgeLimits ageLimits,
                                                 std::shared_ptr<internal::dds::DataReader> reader)
     : owner_(owner)
+    , ageLimits_(ageLimits)
     , reader_(std::move(reader))
     , takenAdapter_(taken_, ovra::plex::icd::dds::Borrow{})
     , takenData_(std::shared_ptr<void>(), &takenAdapter_)
@@ -92,12 +30,12 @@ SubscriptionManager<T, ST>::createListener()
 template <class T, class ST>
 void SubscriptionManager<T, ST>::shutDown()
 {
-    const auto result = internal::code(reader_->set_listener(nullptr, internal::dds::StatusMask::none()));
-    if (result != internal::RETCODE_OK) {
-        LOG4CPLUS_ERROR(logger_, "errMsg:" << internal::withCode("Failed to set listener to none", result));
+    const auto result = fastdds::code(reader_->set_listener(nullptr, internal::dds::StatusMask::none()));
+    if (result != fastdds::RETCODE_OK) {
+        internal::recordErrMsg(logger_, internal::withCode("Failed to set listener to none", result));
     }
     {
-        const std::lock_guard lock(filtersMutex_);
+        const std::lock_guard lock(registriesMutex_);
         shutDown_ = true;
     }
     clear(syncMutex_, syncRegistry_);
@@ -163,32 +101,40 @@ template <class T, class ST>
 template <class Handle, class Info, class Function>
 std::unique_ptr<Subscription>
 SubscriptionManager<T, ST>::add(internal::DispatchMutex& mutex, Registry<Info>& registry,
-                                const DataEventFilter<T>& filter, Function& function,
+                                const DataEventFilter<T>& filter, const Function& function,
                                 SubscriberPointer subscriber)
 {
-    std::unique_ptr<Handle> handle; // outlives the lock, which it takes to go where registering fails
+    std::unique_ptr<Handle> handle; // outlives the locks, which it takes to go where registering fails
     const auto lock = mutex.lockForChange(logger_);
-    Info info{Filter(filter, logger_), std::move(function)};
-    std::string id = detail::newUUID();
-    handle = std::make_unique<Handle>(id, std::move(subscriber));
-    ensureUniqueFilter(id, info.filter);
-    registry.emplace(std::move(id), std::move(info));
+    const std::lock_guard registriesLock(registriesMutex_);
+    if (shutDown_) {
+        return nullptr;
+    }
+    ensureUniqueFilter(filter);
+    Info info{detail::newUUID(), Filter(filter, logger_), function};
+    handle = std::make_unique<Handle>(info.id, std::move(subscriber));
+    registry.emplace(info.id, std::move(info));
     return handle;
 }
 
 template <class T, class ST>
-void SubscriptionManager<T, ST>::ensureUniqueFilter(const std::string& id, const Filter& filter)
+void SubscriptionManager<T, ST>::ensureUniqueFilter(const DataEventFilter<T>& filter) const
 {
-    const std::lock_guard lock(filtersMutex_);
-    if (shutDown_) {
-        owner_.failClosed();
-    }
-    for (const auto& [otherId, other] : filters_) {
-        if (filter.intersects(other)) {
+    ensureUniqueFilter(filter, asyncRegistry_);
+    ensureUniqueFilter(filter, notifierRegistry_);
+    ensureUniqueFilter(filter, syncRegistry_);
+}
+
+template <class T, class ST>
+template <class SubscriptionMap>
+void SubscriptionManager<T, ST>::ensureUniqueFilter(const DataEventFilter<T>& filter,
+                                                    const SubscriptionMap& map) const
+{
+    for (const auto& [id, subscription] : map) {
+        if (internal::intersect(filter, subscription.filter.original())) {
             internal::fail(logger_, "Filter intersects with an already registered subscription");
         }
     }
-    filters_.emplace(id, filter);
 }
 
 template <class T, class ST>
@@ -199,9 +145,8 @@ void SubscriptionManager<T, ST>::remove(internal::DispatchMutex& mutex, Registry
     // What a callback has captured is destroyed after the locks are gone.
     typename Registry<Info>::node_type removed;
     const auto lock = mutex.lockForChange(logger_);
-    const std::lock_guard filtersLock(filtersMutex_);
+    const std::lock_guard registriesLock(registriesMutex_);
     removed = registry.extract(id);
-    filters_.erase(id);
 }
 
 template <class T, class ST>
@@ -210,7 +155,26 @@ void SubscriptionManager<T, ST>::clear(internal::DispatchMutex& mutex, Registry<
 {
     Registry<Info> removed; // as in remove()
     const auto lock = mutex.lockForChange(logger_);
+    const std::lock_guard registriesLock(registriesMutex_);
     removed.swap(registry);
+}
+
+template <class T, class ST>
+bool SubscriptionManager<T, ST>::matchInstanceEvent(const DdsType& /*sample*/,
+                                                    const internal::dds::SampleInfo& info,
+                                                    const DataEventFilter<T>& filter)
+{
+    const auto& wanted = filter.events;
+    return wanted.empty() ||
+           (info.view_state == internal::dds::NEW_VIEW_STATE && wanted.contains(InstanceEvent::New)) ||
+           (info.view_state == internal::dds::NOT_NEW_VIEW_STATE && wanted.contains(InstanceEvent::Update));
+}
+
+template <class T, class ST>
+bool SubscriptionManager<T, ST>::matches(const DdsType& sample, const internal::dds::SampleInfo& info,
+                                         const Filter& filter)
+{
+    return filter.wantsInstance(info) && matchInstanceEvent(sample, info, filter.original());
 }
 
 template <class T, class ST>
@@ -220,8 +184,8 @@ void SubscriptionManager<T, ST>::onDataAvailable()
         moreData_ = true;
         return;
     }
-    const internal::DispatchMutex::Pass pass(asyncMutex_);
-    const internal::AsynchronousCallback callbacks;
+    const internal::DispatchMutex::DispatchLock lock(asyncMutex_);
+    const internal::CallbackScope callbacks;
     if (!reader_) {
         return;
     }
@@ -248,17 +212,20 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
     };
     const auto match = [&](const Samples& samples) {
         for (auto& [id, subscription] : notifierRegistry_) {
-            subscription.matched = subscription.matched || subscription.filter.matches(samples.infos[0]);
+            subscription.matched =
+                subscription.matched || matches(samples.data[0], samples.infos[0], subscription.filter);
         }
     };
-    const auto result = internal::readInstances<typename ST::DdsType>(
-        *reader_, internal::dds::ANY_INSTANCE_STATE, makeGuard, match);
-    if (result != internal::RETCODE_OK) {
-        LOG4CPLUS_ERROR(
-            logger_, "errMsg:" << internal::withCode(
+    // One sample of each instance is enough: what filters look at is the same for all samples of an instance.
+    const auto result =
+        internal::readInstances<DdsType>(*reader_, internal::dds::ANY_INSTANCE_STATE, 1, makeGuard, match);
+    if (result != fastdds::RETCODE_OK) {
+        internal::recordErrMsg(
+            logger_, internal::withCode(
                          "Subscription manager failed to read data when dispatching to notifiers", result));
         return;
     }
+    // The loans are back by now: there is one for each instance, and a reader has a limited number of them.
     for (const auto& [id, subscription] : notifierRegistry_) {
         if (subscription.matched) {
             subscription.notifier(owner_);
@@ -274,7 +241,7 @@ void SubscriptionManager<T, ST>::dispatchToListeners()
             continue;
         }
         for (const auto& [id, subscription] : asyncRegistry_) {
-            dispatch(subscription, takenInfo_, [&] { return takenData_; });
+            dispatch(subscription, taken_, takenInfo_, [&] { return takenData_; });
         }
     }
 }
@@ -285,19 +252,14 @@ bool SubscriptionManager<T, ST>::takeNext()
     if (notified_) {
         return takeNextInAnyState(); // a look marks samples as read, and take_next_sample() passes over these
     }
-    const internal::RefusedPayloads refused; // Fast DDS passes over them here
-    const auto result = internal::code(reader_->take_next_sample(&taken_, &takenInfo_));
-    if (refused.areAny()) {
-        internal::warnOf(refused, *reader_);
-    }
-    return result == internal::RETCODE_OK;
+    return internal::takeNextSample(*reader_, &taken_, takenInfo_);
 }
 
 template <class T, class ST>
 bool SubscriptionManager<T, ST>::takeNextInAnyState()
 {
     Samples samples;
-    if (internal::take(*reader_, samples, 1) != internal::RETCODE_OK) {
+    if (samples.take(*reader_, 1) != fastdds::RETCODE_OK) {
         return false;
     }
     const auto guard = guardLoan(samples);
@@ -310,7 +272,7 @@ bool SubscriptionManager<T, ST>::takeNextInAnyState()
 }
 
 template <class T, class ST>
-internal::LoanGuard<typename ST::DdsType> SubscriptionManager<T, ST>::guardLoan(Samples& samples) const
+internal::LoanGuard SubscriptionManager<T, ST>::guardLoan(Samples& samples) const
 {
     return internal::LoanGuard(
         *reader_, samples, logger_,
@@ -330,11 +292,11 @@ void SubscriptionManager<T, ST>::checkNotInSyncCallback() const
 template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToSync(const Samples& samples)
 {
-    const internal::DispatchMutex::Pass pass(syncMutex_);
+    const internal::DispatchMutex::DispatchLock lock(syncMutex_);
     for (const auto& [id, subscription] : syncRegistry_) {
         for (std::int32_t i = 0; i < samples.size(); ++i) {
             if (samples.hasValue(i)) {
-                dispatch(subscription, samples.infos[i],
+                dispatch(subscription, samples.data[i], samples.infos[i],
                          [&] { return createDataEntityFrom<T, ST>(samples.data[i]); });
             }
         }
@@ -343,51 +305,15 @@ void SubscriptionManager<T, ST>::dispatchToSync(const Samples& samples)
 
 template <class T, class ST>
 template <class MakeData>
-void SubscriptionManager<T, ST>::dispatch(const SubscriptionInfo& subscription,
+void SubscriptionManager<T, ST>::dispatch(const SubscriptionInfo& subscription, const DdsType& sample,
                                           const internal::dds::SampleInfo& info, MakeData makeData)
 {
-    if (owner_.isQosExceeded(info) || !subscription.filter.matches(info)) {
+    if (ageLimits_.areExceededBy(info) || !matches(sample, info, subscription.filter)) {
         return;
     }
     const DdsDataEvent<T> event(internal::toSeconds(info.source_timestamp), true, makeData(),
                                 subscription.filter.instanceState(), internal::deduceInstanceEvent(info));
     subscription.callback(owner_, event);
-}
-
-template <class T, class ST>
-SyncDdsSubscription<T, ST>::~SyncDdsSubscription()
-{
-    SyncDdsSubscription::close();
-}
-
-template <class T, class ST>
-void SyncDdsSubscription<T, ST>::close()
-{
-    this->closeWith(&SubscriptionManager<T, ST>::removeSync);
-}
-
-template <class T, class ST>
-AsyncDdsSubscription<T, ST>::~AsyncDdsSubscription()
-{
-    AsyncDdsSubscription::close();
-}
-
-template <class T, class ST>
-void AsyncDdsSubscription<T, ST>::close()
-{
-    this->closeWith(&SubscriptionManager<T, ST>::removeAsync);
-}
-
-template <class T, class ST>
-AsyncDdsSubscriptionNotifier<T, ST>::~AsyncDdsSubscriptionNotifier()
-{
-    AsyncDdsSubscriptionNotifier::close();
-}
-
-template <class T, class ST>
-void AsyncDdsSubscriptionNotifier<T, ST>::close()
-{
-    this->closeWith(&SubscriptionManager<T, ST>::removeNotifier);
 }
 
 } // namespace ovra::plex::ps

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <plex/Export.hpp>
 #include <plex/PlexException.hpp>
 #include <plex/Uri.hpp>
-#include <plex/ps/internal/fastdds.hpp>
+#include <plex/fastdds/Generation.hpp>
 
 #include <log4cplus/logger.h>
-#include <log4cplus/loggingmacros.h>
 
 #include <string>
 
@@ -14,36 +14,35 @@
 namespace ovra::plex::ps::internal
 {
 
-inline std::string withUri(const std::string& what, const Uri& uri)
-{
-    return what + " Uri:" + uri.string();
-}
+PLEX_EXPORT std::string withUri(const std::string& what, const Uri& uri);
 
-inline std::string withCode(const std::string& what, ReturnCode code)
-{
-    return what + " code:" + std::to_string(code);
-}
+PLEX_EXPORT std::string withCode(const std::string& what, fastdds::ReturnCode code);
 
 /// Logs the text at ERROR and throws it.
+/// @tparam Exception PlexException or IllegalStateException.
 template <class Exception = PlexException>
-[[noreturn]] void fail(const log4cplus::Logger& logger, const std::string& text)
-{
-    LOG4CPLUS_ERROR(logger, text);
-    throw Exception(text);
-}
+[[noreturn]] PLEX_EXPORT void fail(const log4cplus::Logger& logger, const std::string& text);
 
-/// Logs the text at ERROR behind "errMsg:" and throws it.
+/// Logs the text at ERROR behind "errMsg:" and throws it; as fail().
 template <class Exception = PlexException>
-[[noreturn]] void failWithErrMsg(const log4cplus::Logger& logger, const std::string& text)
-{
-    LOG4CPLUS_ERROR(logger, "errMsg:" << text);
-    throw Exception(text);
-}
+[[noreturn]] PLEX_EXPORT void failWithErrMsg(const log4cplus::Logger& logger, const std::string& text);
 
 /// Throws the text with the URI behind it, without a record.
-[[noreturn]] inline void throwWithUri(const char* what, const Uri& uri)
-{
-    throw PlexException(withUri(what, uri));
-}
+[[noreturn]] PLEX_EXPORT void throwWithUri(const char* what, const Uri& uri);
+
+/// Logs the text at ERROR behind "errMsg:", where no exception may pass.
+PLEX_EXPORT void recordErrMsg(const log4cplus::Logger& logger, const std::string& text);
+
+PLEX_EXPORT void recordWarning(const log4cplus::Logger& logger, const char* text);
+
+PLEX_EXPORT void recordDebug(const log4cplus::Logger& logger, const char* text);
+
+/// Logs at TRACE that an entity ("Publisher", …) was created.
+PLEX_EXPORT void recordCreated(const log4cplus::Logger& logger, const char* entity, const Uri& uri);
+
+extern template void fail<PlexException>(const log4cplus::Logger&, const std::string&);
+extern template void fail<IllegalStateException>(const log4cplus::Logger&, const std::string&);
+extern template void failWithErrMsg<PlexException>(const log4cplus::Logger&, const std::string&);
+extern template void failWithErrMsg<IllegalStateException>(const log4cplus::Logger&, const std::string&);
 
 } // namespace ovra::plex::ps::internal

@@ -10,7 +10,7 @@
 namespace network
 {
 
-/// Thrown by a uri's constructor for text that is no URI reference (RFC 3986).
+/// Thrown by a uri's constructor for text that is no URI.
 class __attribute__((visibility("default"))) uri_syntax_error : public std::system_error
 {
 public:
@@ -20,24 +20,31 @@ public:
     ~uri_syntax_error() override;
 };
 
-/// A URI or relative reference (RFC 3986): its text, unchanged, and views of its parts.
+/// A URI: its text, without the space around it, and views of its parts. A plain value: copy it freely.
 ///
 /// The part of cpp-netlib's uri class that this project needs, with the same observable behaviour, for
-/// systems where that library is not packaged. A plain value: copy it freely.
+/// systems where that library is not packaged. As there, it holds what RFC 3986 calls a URI, but for this:
+/// - The host may hold any characters; so may the port, where there are neither user info nor brackets.
+/// - An opening bracket begins the host: what stands before it in an authority without user info is in no
+/// part.
+///   A closing one ends it, where a port, a path, a query, a fragment or nothing follows; else the text does.
+/// - An authority begins with neither '@' nor ':', and something follows an empty one. A port is less than
+/// 65535;
+///   with user info or brackets, a path or nothing follows it.
+/// - With an authority there is a path, if an empty one. Without, the path's first character, or the one
+/// behind
+///   its slash, may be any, and a mere slash is no path.
 class __attribute__((visibility("default"))) uri
 {
 public:
-    /// The empty reference.
+    /// Empty: without any part.
     uri() = default;
 
-    /// @throws uri_syntax_error when the text is no URI reference.
-    template <class Source>
-    explicit uri(const Source& source)
-    {
-        parse(std::string(source));
-    }
+    /// Text of nothing but space makes an empty one.
+    /// @throws uri_syntax_error when the text is no URI.
+    explicit uri(const std::string& text) { parse(text); }
 
-    /// @throws uri_syntax_error when the text is no URI reference.
+    /// As above.
     template <class InputIterator>
     uri(InputIterator first, InputIterator last)
     {
@@ -47,7 +54,7 @@ public:
     uri(const uri&) = default;
     uri& operator=(const uri&) = default;
 
-    /// Leaves the other as the empty reference.
+    /// Leaves the other empty.
     uri(uri&& other) noexcept { swap(other); }
 
     uri& operator=(uri&& other) noexcept
@@ -97,7 +104,6 @@ public:
 
     std::string_view authority() const noexcept { return view(parts_.authority); }
 
-    /// The text that the object was made from.
     std::string string() const { return text_; }
 
     std::string_view view() const noexcept { return text_; }
@@ -129,7 +135,9 @@ private:
         Part authority;
     };
 
-    void parse(std::string text);
+    class Parser;
+
+    void parse(const std::string& text);
 
     std::string_view view(const Part& part) const noexcept
     {

@@ -26,7 +26,7 @@ namespace ovra::plex
 class PLEX_EXPORT DdsPlex final : public Plex
 {
 public:
-    /// @param properties settings for everything made through it.
+    /// @param properties settings for everything that its create calls make.
     explicit DdsPlex(Properties properties);
     ~DdsPlex() override;
 
@@ -38,8 +38,12 @@ public:
     /// getProfileNameByProfileType() gives. Property "dds.qos.profile.file" names an XML file of profiles;
     /// each file is loaded once a process, before its first use.
     ///
-    /// @throws PlexException when the URI is ill-formed, a property is bad, the file does not load, or the
-    ///         participant cannot be made (for want of its profile, for instance).
+    /// @param properties all settings that hold, as a module's factory gets them: those of the instance are
+    /// not
+    ///        looked at again.
+    /// @throws PlexException when the URI is ill-formed, the file does not load, a property is bad, or the
+    ///         participant cannot be made (for want of its profile, for instance); of several faults the
+    ///         first of these.
     std::shared_ptr<eprosima::fastdds::dds::DomainParticipant>
     getDomainParticipant(const Uri& uri, const Properties& properties);
 
@@ -50,7 +54,6 @@ protected:
 private:
     using ParticipantKey = std::pair<std::uint32_t, std::string>; ///< domain and profile name or ""
 
-    const Properties properties_;
     std::mutex mutex_; ///< guards participants_; held while a participant is made
     std::map<ParticipantKey, std::weak_ptr<eprosima::fastdds::dds::DomainParticipant>> participants_;
 };

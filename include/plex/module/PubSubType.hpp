@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/Export.hpp>
+#include <plex/fastdds/Generation.hpp>
+#include <plex/module/CdrMembers.hpp>
+#include <plex/module/UndecodableSamples.hpp>
+
+#include <fastcdr/FastBuffer.h>
+#include <fastcdr/exceptions/Exception.h>
+#include <fastcdr/exceptions/NotEnoughMemoryException.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <new>
+
+namespace ovra::plex::ps
+{
+
+/// What a module says about a wire type to the topic data type over it.
+struct PubSubTypeTraits {
+    const char* name;          ///< full name, compared as a whole between processes
+    std::uint32_t maxPayload;  ///< largest payload in bytes, encapsulation header included
+    bool keyed;                ///< whether the type has key members
+    std::uint32_t maxKeyBytes; ///< largest serialized key in bytes
+};
+
+namespace cdr
+{
+
+/// What a module declares for its wire type besides Fast CDR's own calculate_serialized_size(), serialize()
+/// and deserialize(): decoding in a given encoding, and the key.
+template <class DdsType>
+concept HasFunctionsOf =
+    requires(Cdr& stream, DdsType& value, const DdsType& constValue, EncodingAlgorithmFlag encoding) {
+        deserialize(stream, value, encoding);
+        serialize_key(stream, constValue);
+    };
+
+/// Calls the module's deserialize() for an encoding, which a member of that name would hide.
+template <class DdsType>
+void decode(Cdr& stream, DdsType& value, EncodingAlgorithmFlag encoding)
+{
+    deserialize(stream, value, encoding);
+}
+
+} // namespace cdr
+
+/// Logs at ERROR, under "plexDdsBasePubSub", that a value does not fit a size that its module states.
+PLEX_EXPORT void reportTooSmall(const char* typeName, const char* what, std::uint32_t bytes);
+
+/// A Fast DDS topic data type over a wire type with Fast CDR functions (calculate_serialized_size,
+/// serialize, deserialize with and without an encoding, serialize_key).
+///
+/// Threads: any number at once, as Fast DDS requires. Ownership: the participant shares it.
+template <class DdsType>
+class PubSubType : public fastdds::TopicDataType
+{
+    static_assert(cdr::HasFunctionsOf<DdsType>,
+                  "The wire type must have deserialize(Cdr&, DdsType&, EncodingAlgorithmFlag) and "
+                  "serialize_key(Cdr&, const DdsType&) in the namespace eprosima::fastcdr");
+
+    using Cdr = eprosima::fastcdr::Cdr;
+    using CdrVersion = eprosima::fastcdr::CdrVersion;
+    using EncodingAlgorithmFlag = eprosima::fastcdr::EncodingAlgorithmFlag;
+    using InstanceHandle_t = fastdds::InstanceHandle_t;
+    using SerializedPayload_t = fastdds::SerializedPayload_t;
+    using DataRepresentationId = fastdds::DataRepresentationId;
+
+public:
+    using fastdds::TopicDataType::deserialize;
+    using fastdds::TopicDataType::is_plain;
+    using fastdds::TopicDataType::serialize;
+
+    explicit PubSubType(const PubSubTypeTraits& traits)
+        : keyBytes_(std::max(minKeyBytes, traits.maxKeyBytes))
+        , maxKeyBytes_(traits.maxKeyBytes)
+        , keyBuffer_(static_cast<unsigned char*>(std::calloc(keyBytes_, 1)))
+    {
+        if (!keyBuffer_) {
+            throw std::bad_alloc();
+        }
+        setName(traits.name);
+        m_typeSize = traits.maxPayload;
+        m_isGetKeyDefined = traits.keyed;
+    }
+
+    /// Writes encapsulation header and value in XCDR version 1; see below.
+    bool serialize(void* data, SerializedPayload_t* payload) override
+    {
+        return serialize(data, payload, eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION);
+    }
+
+    /// Writes the encapsulation header (RTPS 2.5, 10.2) and the value, native byte order, as plain CDR for
+    /// XCDR and as delimited CDR2 for any other representation.
+    /// @returns false when the payload's buffer is too small; its length is not touched then. A buffer of the
+    ///          type's largest size that is too small is logged at ERROR.
+    bool serialize(void* data, SerializedPayload_t* payload, DataRepresentationId representation) override
+    {
+        eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(payload->data), payload->max_size);
+        Cdr stream(buffer, Cdr::DEFAULT_ENDIAN, versionOf(representation));
+        payload->encapsulation = encapsulationOf(stream);
+        stream.set_encoding_flag(cdr::appendableEncoding(stream.get_cdr_version()));
+        try {
+            stream.serialize_encapsulation();
+            stream << *static_cast<const DdsType*>(data);
+            payload->length = static_cast<std::uint32_t>(stream.get_serialized_data_length());
+        } catch (const eprosima::fastcdr::exception::NotEnoughMemoryException&) {
+            if (payload->max_size >= m_typeSize) {
+                reportTooSmall(getName(), "payload", m_typeSize);
+            }
+            return false;
+        } catch (const eprosima::fastcdr::exception::Exception&) {
+            return false;
+        }
+        return true;
+    }
+
+    /// Reads a payload as its own header says it is encoded: plain CDR, plain CDR2 or delimited CDR2 in
+    /// either byte order.
+    /// @returns false when it is anything else or truncated; the value may then be partly written.
+    bool deserialize(SerializedPayload_t* payload, void* data) override
+    {
+        if (decodePayload(*payload, *static_cast<DdsType*>(data))) {
+            return true;
+        }
+        UndecodableSamples::add(data);
+        return false;
+    }
+
+    /// A function that gives the payload size in XCDR version 1; see below.
+    std::function<std::uint32_t()> getSerializedSizeProvider(void* data) override
+    {
+        return getSerializedSizeProvider(data, eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION);
+    }
+
+    /// A function that gives the payload size in bytes, header included; 0 when it cannot be computed. The
+    /// value must outlive the function.
+    std::function<std::uint32_t()> getSerializedSizeProvider(void* data,
+                                                             DataRepresentationId representation) override
+    {
+        return [data, representation]() -> std::uint32_t {
+            try {
+                eprosima::fastcdr::CdrSizeCalculator calculator(versionOf(representation));
+                std::size_t alignment = 0;
+                const auto size =
+                    calculator.calculate_serialized_size(*static_cast<const DdsType*>(data), alignment);
+                return static_cast<std::uint32_t>(size) + encapsulationBytes;
+            } catch (const eprosima::fastcdr::exception::Exception&) {
+                return 0;
+            }
+        };
+    }
+
+    void* createData() override { return new DdsType(); }
+
+    void deleteData(void* data) override { delete static_cast<DdsType*>(data); }
+
+    /// Computes the key hash of a value (RTPS 2.5, 9.6.4.8): its key members as big-endian plain CDR, or the
+    /// MD5 of that where asked for or where it may be longer than 16 bytes.
+    /// @returns false, leaving the handle alone, when the type has no key or the value's cannot be encoded. A
+    /// key
+    ///          longer than the module states is logged at ERROR.
+    bool getKey(void* data, InstanceHandle_t* handle, bool forceMd5 = false) override
+    {
+        if (!m_isGetKeyDefined) {
+            return false;
+        }
+        const std::lock_guard lock(keyMutex_);
+        std::fill_n(keyBuffer_.get(), keyBytes_, static_cast<unsigned char>(0));
+        eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(keyBuffer_.get()), maxKeyBytes_);
+        Cdr stream(buffer, Cdr::BIG_ENDIANNESS, CdrVersion::XCDRv1);
+        stream.set_encoding_flag(EncodingAlgorithmFlag::PLAIN_CDR);
+        try {
+            serialize_key(stream, *static_cast<const DdsType*>(data));
+        } catch (const eprosima::fastcdr::exception::NotEnoughMemoryException&) {
+            reportTooSmall(getName(), "key", maxKeyBytes_);
+            return false;
+        } catch (const eprosima::fastcdr::exception::Exception&) {
+            return false;
+        }
+        if (forceMd5 || maxKeyBytes_ > minKeyBytes) {
+            md5_.init();
+            md5_.update(keyBuffer_.get(), static_cast<unsigned int>(stream.get_serialized_data_length()));
+            md5_.finalize();
+            std::copy_n(md5_.digest, minKeyBytes, &handle->value[0]);
+        } else {
+            std::copy_n(keyBuffer_.get(), minKeyBytes, &handle->value[0]);
+        }
+        return true;
+    }
+
+    bool is_bounded() const override { return true; }
+
+    bool is_plain() const override { return false; }
+
+    bool is_plain(DataRepresentationId /*representation*/) const override { return false; }
+
+    bool construct_sample(void* /*memory*/) const override { return false; }
+
+private:
+    /// Decodes a payload. @returns whether it could.
+    static bool decodePayload(SerializedPayload_t& payload, DdsType& value)
+    {
+        eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(payload.data), payload.length);
+        Cdr stream(buffer, Cdr::DEFAULT_ENDIAN, CdrVersion::XCDRv2);
+        try {
+            stream.read_encapsulation();
+            payload.encapsulation = encapsulationOf(stream);
+            const auto encoding = stream.get_encoding_flag();
+            if (encoding != EncodingAlgorithmFlag::PLAIN_CDR &&
+                encoding != EncodingAlgorithmFlag::PLAIN_CDR2 &&
+                encoding != EncodingAlgorithmFlag::DELIMIT_CDR2) {
+                return false;
+            }
+            cdr::decode(stream, value, encoding);
+        } catch (const eprosima::fastcdr::exception::Exception&) {
+            return false;
+        }
+        return true;
+    }
+
+    static constexpr std::uint32_t encapsulationBytes = 4;
+    static constexpr std::uint32_t minKeyBytes = 16; ///< the size of a key hash
+
+    struct Free {
+        void operator()(void* memory) const noexcept { std::free(memory); }
+    };
+
+    static CdrVersion versionOf(DataRepresentationId representation) noexcept
+    {
+        return representation == eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION ? CdrVersion::XCDRv1
+                                                                                  : CdrVersion::XCDRv2;
+    }
+
+    static std::uint16_t encapsulationOf(const Cdr& stream)
+    {
+        return stream.endianness() == Cdr::BIG_ENDIANNESS ? CDR_BE : CDR_LE;
+    }
+
+    std::mutex keyMutex_; ///< guards md5_ and keyBuffer_
+    fastdds::MD5 md5_;
+    const std::uint32_t keyBytes_;
+    const std::uint32_t maxKeyBytes_;
+    const std::unique_ptr<unsigned char, Free> keyBuffer_;
+};
+
+} // namespace ovra::plex::ps
