@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Context.hpp"
+#include "Parser.hpp"
+#include "Preprocessor.hpp"
+#include "Reporter.hpp"
+#include "Source.hpp"
+
+#include <plex/idl/Parse.hpp>
+
+#include <filesystem>
+#include <utility>
+
+namespace ovra::plex::idl
+{
+
+namespace
+{
+
+void addWithoutPlace(Diagnostics& diagnostics, const std::string& file, const std::string& message)
+{
+    diagnostics.add({Severity::Error, file, 0, 0, message, {}, {}});
+}
+
+void parseInto(ParseResult& result, Sources& sources, const ParseOptions& options)
+{
+    Reporter reporter(sources, result.diagnostics);
+    Preprocessor preprocessor(sources, reporter, options.includeDirectories);
+    for (const std::string& definition : options.definitions) {
+        if (!preprocessor.define(definition)) {
+            addWithoutPlace(result.diagnostics, {},
+                            "\"" + definition + "\" is no definition: NAME or NAME=VALUE");
+        }
+    }
+    TokenCursor tokens(preprocessor.run(0), reporter);
+    ModelBuilder builder;
+    Context context{tokens, reporter, builder, options, {}, nullptr, {}, {}, 0};
+    Parser(context).parse();
+    if (result.diagnostics.errors() == 0) {
+        result.model = builder.finish(sources.files());
+    }
+}
+
+ParseResult parseFirst(Sources& sources, const ParseOptions& options)
+{
+    ParseResult result;
+    try {
+        parseInto(result, sources, options);
+    } catch (const TooManyErrors&) {
+        result.model.reset();
+    }
+    return result;
+}
+
+} // namespace
+
+ParseResult parseFile(const std::string& path, const ParseOptions& options)
+{
+    Sources sources(options.readFile);
+    if (!sources.load(path)) {
+        ParseResult result;
+        addWithoutPlace(result.diagnostics, path, "cannot read the file");
+        return result;
+    }
+    return parseFirst(sources, options);
+}
+
+ParseResult parseText(const std::string& text, const std::string& name, const ParseOptions& options)
+{
+    Sources sources(options.readFile);
+    sources.add(name, text);
+    return parseFirst(sources, options);
+}
+
+} // namespace ovra::plex::idl

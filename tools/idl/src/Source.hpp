@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// The files that a definition is made of, with their texts.
+#pragma once
+
+#include <plex/idl/Model.hpp>
+#include <plex/idl/Parse.hpp>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ovra::plex::idl
+{
+
+/// A text with a name. It does not move while there are tokens that view it.
+struct Source {
+    std::string path;
+    std::string text; ///< without a byte order mark
+    bool included = false;
+    bool once = false; ///< `#pragma once` was met
+
+    /// The text of a line, without its end; empty where there is no such line. @param number from 1.
+    std::string_view line(std::uint32_t number) const;
+
+private:
+    mutable std::vector<std::size_t> starts_; ///< of the lines; filled when the first one is asked for
+};
+
+/// All files that were read, each once.
+class Sources
+{
+public:
+    explicit Sources(ParseOptions::FileReader readFile);
+
+    /// Takes a text as the next file. @returns its index.
+    std::uint32_t add(const std::string& path, std::string text);
+
+    /// Finds a file by its path, reading it where it was not read before. @returns its index, or nothing.
+    std::optional<std::uint32_t> load(const std::string& path);
+
+    Source& operator[](std::uint32_t index) { return *sources_[index]; }
+
+    const Source& operator[](std::uint32_t index) const { return *sources_[index]; }
+
+    std::vector<SourceFile> files() const;
+
+private:
+    ParseOptions::FileReader readFile_;
+    std::vector<std::unique_ptr<Source>> sources_;
+    std::map<std::string, std::uint32_t, std::less<>> indices_;
+};
+
+} // namespace ovra::plex::idl
