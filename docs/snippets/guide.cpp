@@ -203,6 +203,21 @@ void subscribeWithCallback()
     std::cout << altitude << '\n';
 }
 
+void subscribeOnce()
+{
+    const auto [plex, uri, publisher, subscriber] = Topic<AltAz>();
+    // [one-shot]
+    std::unique_ptr<Subscription> subscription;
+    subscription = subscriber->subscribeAsync(
+        DataEventFilter<AltAz>(), [&](Subscriber<AltAz>& /*source*/, const DataEvent<AltAz>& event) {
+            std::cout << "first " << event.getData()->getAlt() << '\n';
+            subscription.reset();
+        });
+    // [/one-shot]
+    publishAltitude(publisher, 45.0);
+    publishAltitude(publisher, 46.0);
+}
+
 void subscribeWithNotifier()
 {
     const auto [plex, uri, publisher, subscriber] = Topic<AltAz>();
@@ -349,6 +364,7 @@ int main()
     run("filterEvents", filterEvents, "7\n8\n");
     run("subscribeAndPoll", subscribeAndPoll, "45\n");
     run("subscribeWithCallback", subscribeWithCallback, "45\n");
+    run("subscribeOnce", subscribeOnce, "first 45\n");
     run("subscribeWithNotifier", subscribeWithNotifier, "45\n");
     run("readMostRecent", readMostRecent, "46\n");
     run("chooseQualityOfService", chooseQualityOfService, "1\n");

@@ -16,8 +16,10 @@ namespace ovra::plex::ps
 
 /// Publishes values: of one instance of a topic, or (as a Publisher) of any.
 ///
-/// Threads: publish() and createDataEntity() may be called from several threads at once. close() and the
-/// destructor must not run while another thread is inside another operation of the same object.
+/// Threads: all operations may be called from several threads at once, close() and inside callbacks included.
+/// The destructor must not run while another thread is inside an operation, but may inside a callback that
+/// its own publish() runs. publish() runs the callbacks of subscribers of the same process before it returns,
+/// see Subscriber::subscribeAsync().
 template <class T>
 class PLEX_EXPORT InstancePublisher : public virtual DataEntityFactory<T>
 {
@@ -31,7 +33,8 @@ public:
     /// @param timeout must not be negative. How long the call may block for room in the history is a
     ///        matter of the writer's quality of service, not of this argument.
     /// @throws IllegalStateException when the publisher is closed or the value is another transport's.
-    /// @throws PlexException when the timeout is negative or the transport refuses the value.
+    /// @throws PlexException when the timeout is negative or the transport refuses the value; and whatever a
+    ///         callback throws that it runs, unless such exceptions are logged.
     virtual void publish(const T& value, const std::chrono::milliseconds& timeout) = 0;
 
     /// Sends one value with the given source timestamp.
@@ -43,8 +46,7 @@ public:
                          const std::chrono::milliseconds& timeout) = 0;
 
     /// Waits until the values sent so far are acknowledged (for a limited time) and gives the transport's
-    /// resources back. Closing again does nothing.
-    /// @throws IllegalStateException inside a callback of Subscriber::subscribeAsync().
+    /// resources back. Closing again does nothing. Publications under way on other threads are finished.
     virtual void close() = 0;
 };
 

@@ -20,7 +20,6 @@ class PLEX_EXPORT MrvSubscriber
 {
 public:
     /// Gives the transport's resources back. Closing again does nothing.
-    /// @throws IllegalStateException inside a callback of Subscriber::subscribeAsync().
     virtual void close() = 0;
 
     /// The latest value of every instance that is alive; empty when nothing was received yet. A transport may

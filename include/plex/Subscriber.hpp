@@ -23,8 +23,8 @@ namespace ovra::plex::ps
 /// past the Deadline that the subscriber was made with are consumed and dropped, and so are samples without
 /// a value.
 ///
-/// Threads: all operations may be called from several threads at once, close() included.
-/// Ownership: the application owns it; loans and subscriptions keep alive what they need of it.
+/// Threads: all operations may be called from several threads at once, and inside callbacks, close()
+/// included. Ownership: the application owns it; loans and subscriptions keep alive what they need of it.
 template <class T>
 class PLEX_EXPORT Subscriber : public virtual DataEntityFactory<T>
 {
@@ -36,9 +36,8 @@ public:
     using Notifier = std::function<void(Subscriber<T>&)>;
 
     /// Ends all subscriptions and gives the transport's resources back; loans stay valid. Closing again
-    /// does nothing.
-    /// @throws IllegalStateException inside a callback of this subscriber, and inside one of any
-    ///         subscriber's subscribeAsync().
+    /// does nothing. Waits for callbacks that run on other threads, but not for the samples that are still to
+    /// be told; inside a callback it waits for nothing.
     virtual void close() = 0;
 
     /// Takes the values received so far, oldest first, at most maxSamples of them (0: no limit). Never
@@ -87,17 +86,21 @@ public:
     /// Takes samples for the whole time given, `count` (0: no limit) at a time, and calls the callbacks
     /// registered by subscribe(). A timeout of 0 takes nothing.
     /// @returns the number of samples taken, whether or not a callback wanted them.
-    /// @throws as readDataEvents(), and whatever a callback throws.
+    /// @throws as readDataEvents(), and whatever a callback throws: the samples that it kept from being told
+    /// are
+    ///         told by the next call. IllegalStateException inside a callback that it serves.
     virtual std::size_t poll(std::size_t count, const std::chrono::milliseconds& timeout) = 0;
 
-    /// Registers a callback that is called on a thread of the transport as data arrives. The event's value
-    /// is valid only until the callback returns. Publishers and subscribers must not be closed or dropped
-    /// inside it.
+    /// Registers a callback that is called as data arrives: before publish() returns, where a publisher of
+    /// the same process sends it, on the publishing thread; else on a thread of the transport. Property
+    /// "dds.callback.thread" can ask for a thread of its own. The event's value is valid only until the
+    /// callback returns. Any operation may be called inside it, but that on a thread of the transport no
+    /// publisher or subscriber can be made. What it publishes is called back for when it has returned.
     /// @throws as subscribe().
     virtual std::unique_ptr<Subscription> subscribeAsync(const DataEventFilter<T>& filter,
                                                          Callback callback) = 0;
 
-    /// Registers a notifier that is called on a thread of the transport as data arrives, at most once for
+    /// Registers a notifier that is called as data arrives, where callbacks are, at most once for
     /// each arrival, and leaves the samples to be read. What it has been told of counts as seen: waiting
     /// reads and poll() do not wake for it.
     /// @throws as subscribe().

@@ -12,8 +12,9 @@ namespace ovra::plex::ps
 class PLEX_EXPORT Subscription
 {
 public:
-    /// Ends the subscription; no callback starts once this has returned. Closing again does nothing.
-    /// Must not be called from a callback of the same kind of subscription of the same subscriber.
+    /// Ends the subscription; no callback starts once this has returned. Closing again does nothing. Waits
+    /// for a callback of it that runs on another thread; inside a callback, its own too, it waits for
+    /// nothing.
     /// @throws std::system_error when the registry cannot be locked.
     virtual void close() = 0;
 

@@ -4,6 +4,7 @@
 #include <plex/dds/DdsUriHelper.hpp>
 #include <plex/dds/ProfileName.hpp>
 #include <plex/ps/internal/DdsEntityBase.hpp>
+#include <plex/ps/internal/Deletions.hpp>
 #include <plex/ps/internal/Settings.hpp>
 
 #include <fastdds/dds/publisher/qos/DataWriterQos.hpp>
@@ -218,6 +219,7 @@ dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, dds::Top
                                              const log4cplus::Logger& logger,
                                              std::optional<std::int32_t> historyDepth) const
 {
+    const EndpointLock lock;
     return create(
         properties_, ProfileType::Writer, logger,
         {"Failed to create writer with profile:", "", "Failed to create writer"},
@@ -257,6 +259,7 @@ dds::DataWriter* DdsEntityBase::createWriterWithProfile(dds::Publisher& publishe
 dds::DataReader* DdsEntityBase::createReader(dds::Subscriber& subscriber, dds::Topic& topic,
                                              const log4cplus::Logger& logger) const
 {
+    const EndpointLock lock;
     return create(
         properties_, ProfileType::Reader, logger,
         {"Failed to create reader with profile:", "", "Failed to create reader"},
@@ -305,6 +308,7 @@ dds::DataReader* DdsEntityBase::createMostRecentReader(dds::Subscriber& subscrib
         qos.resource_limits().max_instances = dds::LENGTH_UNLIMITED;
         qos.resource_limits().max_samples = dds::LENGTH_UNLIMITED;
     }
+    const EndpointLock lock;
     return subscriber.create_datareader(&topic, qos, nullptr, communicationStatuses);
 }
 

@@ -50,6 +50,22 @@ void recordDebug(const log4cplus::Logger& logger, const char* text)
     LOG4CPLUS_DEBUG(logger, text);
 }
 
+void recordCallbackFailure(const log4cplus::Logger& logger, const std::string& topic)
+{
+    LOG4CPLUS_ERROR(logger, "A callback of topic " << topic << " has thrown: " << currentExceptionText());
+}
+
+std::string currentExceptionText()
+{
+    try {
+        throw;
+    } catch (const std::exception& exception) {
+        return exception.what();
+    } catch (...) {
+        return "an exception of unknown type";
+    }
+}
+
 void recordCreated(const log4cplus::Logger& logger, const char* entity, const Uri& uri)
 {
     LOG4CPLUS_TRACE(logger, entity << " for " << uri.string() << " created");

@@ -8,6 +8,27 @@ namespace ovra::plex::ps::internal
 
 namespace dds = eprosima::fastdds::dds;
 
+namespace
+{
+
+/// Whether a property has the second of two texts; it has the first where it is absent.
+/// @throws PlexException where it has neither.
+bool isSecond(const Plex::Properties& properties, const std::string& name, const std::string& first,
+              const std::string& second)
+{
+    const auto found = properties.find(name);
+    if (found == properties.end() || found->second == first) {
+        return false;
+    }
+    if (found->second == second) {
+        return true;
+    }
+    throw PlexException("Property " + name + " is neither \"" + first + "\" nor \"" + second + "\": \"" +
+                        found->second + "\"");
+}
+
+} // namespace
+
 std::int64_t waitForAckTimeoutMs(const Plex::Properties& properties)
 {
     return util::getLongProperty(properties, "dds.wait_for_ack.timeout_ms", 5000);
@@ -15,19 +36,23 @@ std::int64_t waitForAckTimeoutMs(const Plex::Properties& properties)
 
 std::optional<fastdds::DataRepresentationId> dataRepresentation(const Plex::Properties& properties)
 {
-    const auto found = properties.find("dds.data_representation");
-    if (found == properties.end()) {
+    const std::string name = "dds.data_representation";
+    if (!properties.contains(name)) {
         return std::nullopt;
     }
-    const std::string& text = found->second;
-    if (text == "xcdr1") {
-        return dds::XCDR_DATA_REPRESENTATION;
-    }
-    if (text == "xcdr2") {
-        return dds::XCDR2_DATA_REPRESENTATION;
-    }
-    throw PlexException(R"(Property dds.data_representation is neither "xcdr1" nor "xcdr2": ")" + text +
-                        "\"");
+    return isSecond(properties, name, "xcdr1", "xcdr2") ? dds::XCDR2_DATA_REPRESENTATION
+                                                        : dds::XCDR_DATA_REPRESENTATION;
+}
+
+CallbacksOn callbacksOn(const Plex::Properties& properties)
+{
+    return isSecond(properties, "dds.callback.thread", "transport", "own") ? CallbacksOn::OwnThread
+                                                                           : CallbacksOn::Transport;
+}
+
+bool logsCallbackExceptions(const Plex::Properties& properties)
+{
+    return isSecond(properties, "dds.callback.exceptions", "pass", "log");
 }
 
 void setRepresentation(dds::DataWriterQos& qos, std::optional<fastdds::DataRepresentationId> asked)

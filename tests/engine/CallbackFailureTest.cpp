@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CallbackTest.hpp"
 
+#include <atomic>
 #include <functional>
 #include <stdexcept>
 
@@ -74,6 +75,75 @@ TEST_F(CallbackFailureTest, ExceptionOfANotifierKeepsItsSamplesAndCallbacksAway)
     EXPECT_THROW(publishPositions(*publisher, 1), CallbackFailure);
     EXPECT_EQ(calls, 0);
     EXPECT_THAT(altitudes(subscriber->read(0)), ElementsAre(0));
+}
+
+TEST_F(CallbackFailureTest, ValueReachesAllOtherSubscribers)
+{
+    const auto publisher = this->publisher();
+    const auto subscribers = {subscriber(), subscriber(), subscriber()};
+    std::vector<Handle> handles;
+    int calls = 0;
+    for (const auto& each : subscribers) {
+        handles.push_back(subscribe(*each, Kind::Async, {}, [&] {
+            ++calls;
+            failHere();
+        }));
+    }
+    const LogCapture log;
+    EXPECT_THROW(publishPositions(*publisher, 1), CallbackFailure);
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(log.count(managerLogger, log4cplus::ERROR_LOG_LEVEL,
+                        "errMsg:Another callback has thrown as well: the callback failed"),
+              2);
+}
+
+/// What is logged instead of passed on, whichever thread calls back.
+class LoggedFailureTest : public CallbackTest, public testing::WithParamInterface<const char*>
+{
+protected:
+    const std::unique_ptr<Writer> writer = publisher();
+    const std::unique_ptr<Reader> reader =
+        subscriber({}, {{"dds.callback.exceptions", "log"}, {"dds.callback.thread", GetParam()}});
+
+    auto recordsOf(const LogCapture& log, const std::string& what) const
+    {
+        return log.count(managerLogger, log4cplus::ERROR_LOG_LEVEL,
+                         "A callback of topic " + ovra::plex::DdsUriHelper::topic(uri, true) +
+                             " has thrown: " + what);
+    }
+};
+
+TEST_P(LoggedFailureTest, SubscriptionGoesOn)
+{
+    const LogCapture log;
+    std::atomic<int> calls = 0;
+    const auto handle = subscribe(*reader, Kind::Async, {}, [&] {
+        ++calls;
+        failHere();
+    });
+    publishPositions(*writer, 3);
+    EXPECT_TRUE(waitFor([&] { return recordsOf(log, "the callback failed") == 3; }));
+    EXPECT_EQ(calls, 3);
+}
+
+TEST_P(LoggedFailureTest, NotifierGoesOn)
+{
+    const LogCapture log;
+    const auto handle = subscribe(*reader, Kind::Notifier, {}, [] { throw 1; });
+    publishPositions(*writer, 1);
+    EXPECT_TRUE(waitFor([&] { return recordsOf(log, "an exception of unknown type") == 1; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Threads, LoggedFailureTest, testing::Values("transport", "own"),
+                         [](const auto& instance) { return std::string(instance.param); });
+
+TEST_F(CallbackFailureTest, SettingsThatMeanNothingAreNamed)
+{
+    EXPECT_EQ(thrownText<PlexException>([&] { subscriber({}, {{"dds.callback.thread", "none"}}); }),
+              R"(Property dds.callback.thread is neither "transport" nor "own": "none")");
+    EXPECT_EQ(thrownText<PlexException>([&] { subscriber({}, {{"dds.callback.exceptions", ""}}); }),
+              R"(Property dds.callback.exceptions is neither "pass" nor "log": "")");
+    EXPECT_FALSE(topicExists());
 }
 
 class EntitiesAfterFailureTest : public CallbackFailureTest, public testing::WithParamInterface<Kind>

@@ -57,8 +57,6 @@ class CallbackTest : public EntityTest
 protected:
     static constexpr const char* managerLogger = "plexDdsSubscriptionManager";
     static constexpr const char* listenerLogger = "plexDdsSubscriptionReaderListener";
-    static constexpr const char* changeRefused =
-        "Subscriptions of a kind can not be changed inside a callback of the same kind";
 
     /// A filter that names an instance.
     static Filter naming(std::shared_ptr<AltAz> instance)

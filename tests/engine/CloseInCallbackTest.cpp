@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "EntityTest.hpp"
 
+#include <atomic>
 #include <functional>
 
 namespace plex::test
@@ -10,65 +11,45 @@ using ovra::plex::ps::DataEvent;
 using ovra::plex::ps::DataEventFilter;
 using ovra::plex::ps::Subscriber;
 
-/// What an asynchronous callback may not do to entities other than its own.
-class CloseInCallbackTest : public EntityTest
+/// What an asynchronous callback does to entities other than its own, on the thread that publishes and on one
+/// of the participant's own.
+class CloseInCallbackTest : public EntityTest, public testing::WithParamInterface<const char*>
 {
 protected:
+    using Position = DataEvent<AltAz>;
+
     /// Runs an operation inside an asynchronous callback.
     void inCallback(const std::function<void()>& operation)
     {
         const auto publisher = this->publisher();
-        const auto subscriber = this->subscriber();
-        int calls = 0;
-        const auto subscription = subscriber->subscribeAsync(
-            DataEventFilter<AltAz>(), [&](Subscriber<AltAz>&, const DataEvent<AltAz>&) {
-                ++calls;
+        const auto subscriber = this->subscriber({}, {{"dds.callback.thread", GetParam()}});
+        std::atomic<int> calls = 0;
+        const auto subscription =
+            subscriber->subscribeAsync(DataEventFilter<AltAz>(), [&](Subscriber<AltAz>&, const Position&) {
                 operation();
+                ++calls;
             });
         publisher->publish(*position(1), 0ms);
-        EXPECT_EQ(calls, 1);
+        EXPECT_TRUE(waitFor([&] { return calls == 1; }));
     }
-
-    /// Runs an operation inside an asynchronous callback. @returns what it threw.
-    std::string refusalInCallback(const std::function<void()>& operation)
-    {
-        std::string text;
-        inCallback([&] { text = thrownText<IllegalStateException>(operation); });
-        return text;
-    }
-
-    const std::string refusal_ =
-        "Publishers and subscribers can not be closed inside an asynchronous callback Uri:" + uri.string();
 };
 
-TEST_F(CloseInCallbackTest, PublisherRefusesAndStaysOpen)
+TEST_P(CloseInCallbackTest, AllEntitiesCloseAndStayClosed)
 {
-    const auto other = publisher();
-    const LogCapture log;
-    EXPECT_EQ(refusalInCallback([&] { other->close(); }), refusal_);
-    EXPECT_EQ(log.count("plexDdsPublisher", log4cplus::ERROR_LOG_LEVEL, refusal_), 1);
-    EXPECT_NO_THROW(other->publish(*position(2), 0ms));
+    const auto publisher = this->publisher();
+    const auto subscriber = this->subscriber();
+    const auto mrvSubscriber = this->mrvSubscriber();
+    inCallback([&] {
+        publisher->close();
+        subscriber->close();
+        mrvSubscriber->close();
+    });
+    EXPECT_THROW(publisher->publish(*position(2), 0ms), IllegalStateException);
+    EXPECT_THROW(subscriber->read(0), IllegalStateException);
+    EXPECT_THROW(mrvSubscriber->readMostRecent(0ms), IllegalStateException);
 }
 
-TEST_F(CloseInCallbackTest, SubscriberRefusesAndStaysOpen)
-{
-    const auto other = subscriber();
-    const LogCapture log;
-    EXPECT_EQ(refusalInCallback([&] { other->close(); }), refusal_);
-    EXPECT_EQ(log.count("plexDdsSubscriber", log4cplus::ERROR_LOG_LEVEL, refusal_), 1);
-    EXPECT_EQ(other->read(0).size(), 1U);
-}
-
-TEST_F(CloseInCallbackTest, MrvSubscriberRefusesAndStaysOpen)
-{
-    const auto other = mrvSubscriber();
-    const LogCapture log;
-    EXPECT_EQ(refusalInCallback([&] { other->close(); }), refusal_);
-    EXPECT_EQ(log.count("plexDdsMrvSubscriber", log4cplus::ERROR_LOG_LEVEL, refusal_), 1);
-    EXPECT_NO_THROW(other->readMostRecent(0ms));
-}
-
-TEST_F(CloseInCallbackTest, EntitiesThatAreClosedCloseAgain)
+TEST_P(CloseInCallbackTest, EntitiesThatAreClosedCloseAgain)
 {
     const auto publisher = this->publisher();
     const auto subscriber = this->subscriber();
@@ -87,11 +68,32 @@ TEST_F(CloseInCallbackTest, EntitiesThatAreClosedCloseAgain)
     }
 }
 
-TEST_F(CloseInCallbackTest, EntitiesCloseAgainOnceTheCallbackHasReturned)
+TEST_P(CloseInCallbackTest, AllEntitiesMayBeDroppedAndNothingIsLeft)
 {
-    const auto other = publisher();
-    refusalInCallback([&] { other->close(); });
-    EXPECT_NO_THROW(other->close());
+    auto publisher = this->publisher();
+    auto subscriber = this->subscriber();
+    auto mrvSubscriber = this->mrvSubscriber();
+    inCallback([&] {
+        publisher.reset();
+        subscriber.reset();
+        mrvSubscriber.reset();
+    });
+    EXPECT_FALSE(topicExists());
 }
+
+TEST_P(CloseInCallbackTest, EntitiesMayBeMade)
+{
+    std::unique_ptr<ovra::plex::ps::Publisher<AltAz>> made;
+    std::unique_ptr<Subscriber<AltAz>> listening;
+    inCallback([&] {
+        made = publisher();
+        listening = subscriber();
+    });
+    made->publish(*position(2), 0ms);
+    EXPECT_TRUE(waitFor([&] { return listening->read(0).size() == 1; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Threads, CloseInCallbackTest, testing::Values("transport", "own"),
+                         [](const auto& instance) { return std::string(instance.param); });
 
 } // namespace plex::test

@@ -3,7 +3,9 @@
 
 #include <chrono>
 #include <future>
+#include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace plex::test
 {
@@ -193,6 +195,63 @@ TEST_F(PollTest, TwoThreadsShareTheSamples)
     const auto here = reader->poll(1, 200ms);
     EXPECT_EQ(here + other.get(), 100U);
     EXPECT_EQ(calls, 100);
+}
+
+TEST_F(PollTest, SamplesBehindAnExceptionAreToldByTheNextPoll)
+{
+    const auto handle = reader->subscribe({}, [&](Reader& from, const Event& event) {
+        hearing(heard)(from, event);
+        if (heard.size() % 2 == 1) {
+            throw std::runtime_error("odd");
+        }
+    });
+    publishPositions(*writer, 5);
+    EXPECT_THROW(reader->poll(0, moment), std::runtime_error);
+    EXPECT_THAT(altitudesOf(heard), ElementsAre(0));
+    EXPECT_THROW(reader->poll(0, moment), std::runtime_error);
+    EXPECT_THAT(altitudesOf(heard), ElementsAre(0, 1, 2));
+    EXPECT_THROW(reader->poll(1, moment), std::runtime_error);
+    publishPositions(*writer, 1, 5);
+    EXPECT_EQ(reader->poll(1, moment), 1U);
+    EXPECT_THAT(altitudesOf(heard), ElementsAre(0, 1, 2, 3, 4, 5));
+}
+
+TEST_F(PollTest, UntoldSamplesAreToldToEachSubscriptionOnce)
+{
+    std::vector<Heard> others;
+    bool fails = true;
+    const auto first = subscribe(*reader, Kind::Sync, Filter(InstanceState::Any, {InstanceEvent::New}), [&] {
+        if (std::exchange(fails, false)) {
+            throw std::runtime_error("once");
+        }
+    });
+    const auto further =
+        reader->subscribe(Filter(InstanceState::Any, {InstanceEvent::Update}), hearing(others));
+    publishPositions(*writer, 1);
+    EXPECT_THROW(reader->poll(0, moment), std::runtime_error);
+    publishPositions(*writer, 3, 1);
+    reader->poll(0, moment);
+    EXPECT_THAT(altitudesOf(others), ElementsAre(1, 2, 3));
+}
+
+TEST_F(PollTest, CallbackThatPollsWhileAnotherThreadPollsWaitsNoLongerThanItMay)
+{
+    std::promise<void> inside;
+    std::promise<void> polled;
+    const auto handle = subscribe(*reader, Kind::Sync, Filter(InstanceState::Any, {InstanceEvent::New}), [&] {
+        inside.set_value();
+        polled.get_future().wait();
+    });
+    publishPositions(*writer, 1);
+    auto other = std::async(std::launch::async, [&] { return reader->poll(0, moment); });
+    inside.get_future().wait();
+    const auto second = subscriber();
+    const auto asynchronous =
+        subscribe(*second, Kind::Async, {}, [&] { EXPECT_EQ(reader->poll(0, 10ms), 0U); });
+    const auto otherWriter = publisher();
+    publishPositions(*otherWriter, 1);
+    polled.set_value();
+    other.get();
 }
 
 TEST_F(PollTest, EndsPromptlyWhenAnotherThreadCloses)

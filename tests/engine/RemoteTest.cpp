@@ -52,6 +52,69 @@ TEST_F(RemoteTest, CallbackRunsOnAThreadOfDds)
     }));
 }
 
+TEST_F(RemoteTest, NoEntityIsMadeOnAThreadOfDds)
+{
+    const auto subscriber = this->subscriber();
+    std::mutex mutex;
+    std::string refusal;
+    const auto handle = subscribe(*subscriber, Kind::Async, {}, [&] {
+        const std::lock_guard lock(mutex);
+        refusal = thrownText<IllegalStateException>([&] { publisher(); });
+    });
+    const auto publisher = remotePublisher();
+    EXPECT_TRUE(waitFor([&] {
+        publishPositions(*publisher, 1);
+        const std::lock_guard lock(mutex);
+        return !refusal.empty();
+    }));
+    const std::lock_guard lock(mutex);
+    EXPECT_EQ(refusal,
+              "Publishers and subscribers can not be made inside an asynchronous callback on a thread of "
+              "DDS, but with property dds.callback.thread=own Uri:" +
+                  uri.string());
+}
+
+TEST_F(RemoteTest, AllMayBeClosedAndDroppedOnAThreadOfDds)
+{
+    auto subscriber = this->subscriber();
+    auto other = this->subscriber();
+    auto writer = this->publisher();
+    auto mrvSubscriber = this->mrvSubscriber();
+    std::atomic<bool> done = false;
+    Handle handle;
+    handle = subscribe(*subscriber, Kind::Async, {}, [&] {
+        other.reset();
+        writer.reset();
+        mrvSubscriber.reset();
+        subscriber->close();
+        subscriber.reset();
+        handle.reset();
+        done = true;
+    });
+    const auto publisher = remotePublisher();
+    EXPECT_TRUE(waitFor([&] {
+        publishPositions(*publisher, done ? 0 : 1);
+        return done.load();
+    }));
+    EXPECT_TRUE(waitFor([&] { return !topicExists(); }));
+}
+
+TEST_F(RemoteTest, CallbackOnAThreadOfItsOwnMayMakeEntities)
+{
+    const auto subscriber = this->subscriber({}, {{"dds.callback.thread", "own"}});
+    std::atomic<bool> made = false;
+    const auto handle = subscribe(*subscriber, Kind::Async, {}, [&] {
+        publisher();
+        this->subscriber();
+        made = true;
+    });
+    const auto publisher = remotePublisher();
+    EXPECT_TRUE(waitFor([&] {
+        publishPositions(*publisher, 1);
+        return made.load();
+    }));
+}
+
 TEST_F(RemoteTest, InstancesAreToldByTheirKeys)
 {
     const auto subscriber = sensorSubscriber();

@@ -32,6 +32,9 @@ public:
             close();
         } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): returnLoan() has logged it
         }
+        if (owner_.use_count() == 1) { // so as not to slow down those that are not the last
+            internal::giveUp(std::move(owner_));
+        }
     }
 
     T& getData() override

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <plex/Publisher.hpp>
-#include <plex/ps/internal/CallbackScope.hpp>
+#include <plex/ps/internal/CallbackTurn.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
+#include <plex/ps/internal/SharedEntity.hpp>
 
 #include <chrono>
 #include <cstdint>
@@ -18,8 +19,10 @@ namespace ovra::plex::ps
 /// Publishes values on one DDS topic, and makes the DDS entities of its instance publishers.
 ///
 /// Applications never see it: they hold a DdsPublisherDelegator, so that instance publishers can share it.
-/// Threads: as the contract says; publish() takes no lock of its own. Ownership: owns its DDS publisher and
-/// writer, shares the topic.
+/// Threads: as the contract says; publish() takes no lock of its own, and a publication under way keeps the
+/// writer until it has written. Asynchronous callbacks for what it brings to subscribers of this process run
+/// before it returns, with no lock held, unless it is called inside such a callback: they run when that is
+/// over then. Ownership: owns its DDS publisher and writer, shares the topic.
 template <class T, class ST>
 class DdsPublisher final : public internal::DdsBasePubSub<T, ST>, public Publisher<T>
 {
@@ -41,8 +44,7 @@ public:
     std::shared_ptr<T> createDataEntity() override;
 
     /// Closes the instance publishers, then gives back the writer and the topic. From two threads at once
-    /// it closes once; both return when it is done.
-    /// @throws IllegalStateException inside an asynchronous callback, logged.
+    /// it closes once; both return when it is done, but inside a callback.
     void close() override;
 
     /// The participant, for an instance publisher's entities.
@@ -58,6 +60,8 @@ public:
     void removeDependent(InstancePublisher<T>& dependent);
 
 private:
+    template <class Write>
+    void publishBy(Write write);
     void release();
     void closeDependents();
     void createDdsEntities();
@@ -68,9 +72,9 @@ private:
     const std::int64_t waitForAckTimeoutMs_;
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Publisher> publisher_;
-    std::shared_ptr<internal::dds::DataWriter> writer_;
+    internal::SharedWriter writer_;
     const std::shared_ptr<Plex> plex_;
-    std::mutex closeMutex_;      ///< held while closing; taken before everything else
+    std::mutex closeMutex_;      ///< held while closing; taken by lockToClose(), before everything else
     std::mutex dependentsMutex_; ///< guards what follows; taken before an instance publisher's mutex
     std::list<InstancePublisher<T>*> dependents_;
     bool dependentsClosed_ = false;

@@ -6,7 +6,7 @@
 #include <plex/ps/internal/DataWait.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
-#include <plex/ps/internal/SharedReader.hpp>
+#include <plex/ps/internal/SharedEntity.hpp>
 
 #include <atomic>
 #include <chrono>
@@ -14,8 +14,10 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace ovra::plex::ps
@@ -54,8 +56,8 @@ public:
     /// Ends all subscriptions and waiting operations, then gives back reader and topic; outstanding loans
     /// keep the reader until they are back. From two threads at once it closes once; both return when it is
     /// done.
-    /// @throws IllegalStateException inside a polled callback of this subscriber and inside an asynchronous
-    ///         one of any, logged.
+    /// Inside a callback it waits for nothing: other threads' callbacks may go on, and poll() returns what it
+    /// has polled when its own callback closes the subscriber.
     void close() override;
 
     std::vector<std::shared_ptr<T>> read(std::size_t maxCount) override;
@@ -119,7 +121,7 @@ private:
     bool takeWoken(internal::DataWait::Result woken, Take take) const;
 
     std::size_t takePolled(internal::dds::DataReader& reader, Manager& manager, std::size_t maxCount,
-                           const internal::SampleStates& states) const;
+                           const internal::SampleStates& states, internal::WallClock::time_point end) const;
 
     /// Takes samples by the function given, once, and appends their values. @returns how many samples there
     /// were.
@@ -139,7 +141,6 @@ private:
 
     void release();
     std::shared_ptr<internal::dds::DataReader> createReader();
-    void attachManager(const std::shared_ptr<internal::dds::DataReader>& reader);
 
     /// The reader, held for one operation. @throws IllegalStateException unless open.
     internal::SharedReader::Use openReader();
@@ -166,11 +167,11 @@ private:
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriber");
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Subscriber> subscriber_;
-    std::unique_ptr<internal::dds::DataReaderListener> listener_; ///< kept until the reader is deleted
     internal::SharedReader reader_; ///< closed before create() and after close()
     std::atomic<std::shared_ptr<SubscriptionManager<T, ST>>> manager_; ///< empty then
     internal::dds::GuardCondition closing_; ///< wakes the operations that wait for data
-    std::mutex closeMutex_;                 ///< held while closing; taken before everything else
+    std::mutex closeMutex_; ///< held while closing; taken by lockToClose(), before everything else
+    std::atomic<std::thread::id> closer_; ///< the thread that has closed
 };
 
 } // namespace ovra::plex::ps

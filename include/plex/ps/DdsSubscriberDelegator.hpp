@@ -21,6 +21,10 @@ public:
     using Notifier = typename Subscriber<T>::Notifier;
 
     explicit DdsSubscriberDelegator(std::shared_ptr<DdsSubscriber<T, ST>> impl);
+    DdsSubscriberDelegator(const DdsSubscriberDelegator&) = delete;
+    DdsSubscriberDelegator& operator=(const DdsSubscriberDelegator&) = delete;
+
+    ~DdsSubscriberDelegator() override { internal::giveUp(impl_); }
 
     std::shared_ptr<T> createDataEntity() override;
     void close() override;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/Subscription.hpp>
+#include <plex/ps/internal/CallbackThread.hpp>
 
 #include <memory>
 #include <string>
@@ -15,11 +16,8 @@ class DdsSubscriber;
 template <class T, class ST>
 class SubscriptionManager;
 
-/// A registration with a subscriber's subscription manager. Closing or dropping it ends it; when the
-/// subscriber was closed before, there is nothing left to end.
-///
-/// Dropping it inside a callback of its own kind of the same subscriber ends the process, as close() is
-/// refused there and a destructor cannot throw.
+/// A registration with a subscriber's subscription manager. Closing or dropping it ends it, also inside its
+/// own callback; when the subscriber was closed before, there is nothing left to end.
 template <class T, class ST>
 class DdsSubscription : public Subscription
 {
@@ -32,6 +30,8 @@ public:
 
     DdsSubscription(const DdsSubscription&) = delete;
     DdsSubscription& operator=(const DdsSubscription&) = delete;
+
+    ~DdsSubscription() override { internal::giveUp(std::move(subscriber_)); }
 
 protected:
     /// Removes the registration with the operation given, once.
@@ -49,7 +49,7 @@ protected:
 
 private:
     const std::string id_;
-    const std::shared_ptr<DdsSubscriber<T, ST>> subscriber_;
+    std::shared_ptr<DdsSubscriber<T, ST>> subscriber_;
     bool closed_ = false;
 };
 

@@ -29,6 +29,14 @@ inline DdsPlex& ddsPlex(const std::shared_ptr<Plex>& plex)
     return *transport;
 }
 
+/// The participant for a new entity. @throws as DdsPlex; IllegalStateException where no entity may be made.
+inline ParticipantPointer participantFor(const std::shared_ptr<Plex>& plex, const Uri& uri,
+                                         const Plex::Properties& properties)
+{
+    checkMayMakeEntities(log4cplus::Logger::getInstance("plexDdsBasePubSub"), uri);
+    return ddsPlex(plex).getDomainParticipant(uri, properties);
+}
+
 } // namespace internal
 
 /// A new publisher; the caller owns it. @throws PlexException as DdsPublisher and DdsPlex.
@@ -36,7 +44,7 @@ template <class T, class ST>
 Publisher<T>* createDdsPublisher(const std::shared_ptr<Plex>& plex, const Uri& uri, const qos::QoSList& qos,
                                  const Plex::Properties& properties)
 {
-    const auto participant = internal::ddsPlex(plex).getDomainParticipant(uri, properties);
+    const auto participant = internal::participantFor(plex, uri, properties);
     auto publisher = std::make_shared<DdsPublisher<T, ST>>(uri, qos, properties, participant, plex);
     return new DdsPublisherDelegator<T, ST>(std::move(publisher), properties);
 }
@@ -46,7 +54,7 @@ template <class T, class ST>
 Subscriber<T>* createDdsSubscriber(const std::shared_ptr<Plex>& plex, const Uri& uri, const qos::QoSList& qos,
                                    const Plex::Properties& properties)
 {
-    const auto participant = internal::ddsPlex(plex).getDomainParticipant(uri, properties);
+    const auto participant = internal::participantFor(plex, uri, properties);
     return new DdsSubscriberDelegator<T, ST>(DdsSubscriber<T, ST>::create(uri, qos, properties, participant));
 }
 
@@ -56,7 +64,7 @@ template <class T, class ST>
 MrvSubscriber<T>* createDdsMrvSubscriber(const std::shared_ptr<Plex>& plex, const Uri& uri,
                                          const qos::QoSList& qos, const Plex::Properties& properties)
 {
-    const auto participant = internal::ddsPlex(plex).getDomainParticipant(uri, properties);
+    const auto participant = internal::participantFor(plex, uri, properties);
     return new MrvDdsSubscriber<T, ST>(uri, qos, properties, participant);
 }
 

@@ -3,12 +3,12 @@
 
 #include <plex/InstancePublisher.hpp>
 #include <plex/ps/DdsPublisher.hpp>
-#include <plex/ps/internal/DispatchMutex.hpp>
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 
 namespace ovra::plex::ps
 {
@@ -17,9 +17,10 @@ namespace ovra::plex::ps
 ///
 /// The instance is registered once; it is neither unregistered nor disposed of on close, the writer's end
 /// ends it.
-/// Threads: all operations may be called from several threads at once, which its mutex serializes. Lock
-/// order: the parent's dependents mutex before an instance publisher's, never the other way.
-/// Ownership: shares its parent, which knows it without owning it; owns its DDS publisher and writer.
+/// Threads: all operations may be called from several threads at once, which its mutex serializes, but for
+/// the callbacks that a publication brings about and for closing inside a callback; a publication under way
+/// keeps the writer until it has written. Ownership: shares its parent, which knows it without owning it;
+/// owns its DDS publisher and writer.
 template <class T, class ST>
 class InstanceDdsPublisher final : public InstancePublisher<T>
 {
@@ -39,22 +40,19 @@ public:
 
     std::shared_ptr<Plex> getPlex() const override;
 
-    /// @throws IllegalStateException also when DDS refuses the value, and inside a callback that this
-    /// publisher's
-    ///         own publishing runs; logged.
+    /// @throws IllegalStateException also when DDS refuses the value, logged.
     void publish(const T& value, const std::chrono::milliseconds& timeout) override;
     void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
 
-    /// @throws IllegalStateException inside an asynchronous callback, logged.
     void close() override;
 
 private:
+    template <class Write>
+    void publishBy(Write write);
+    internal::SharedWriter::Use openWriter();
     void release();
     void createDdsEntities(const T& value);
-    void checkState() const;
-
-    /// Refuses the thread that publishes, in a callback that it runs meanwhile. @throws IllegalStateException
-    void checkNotPublishingHere() const;
+    [[noreturn]] void failClosed() const;
     static void checkTimeout(const std::chrono::milliseconds& timeout);
     void checkWritten(fastdds::ReturnCode result) const;
 
@@ -62,10 +60,10 @@ private:
     const std::shared_ptr<DdsPublisher<T, ST>> parent_;
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Publisher> publisher_;
-    std::shared_ptr<internal::dds::DataWriter> writer_;
+    internal::SharedWriter writer_;
     fastdds::InstanceHandle_t instanceHandle_;
     std::atomic<bool> closed_ = false;
-    internal::DispatchMutex mutex_; ///< serializes publishing, createDataEntity() and closing
+    std::mutex mutex_; ///< taken by lockToClose() for closing
     const std::int64_t waitForAckTimeoutMs_;
 };
 

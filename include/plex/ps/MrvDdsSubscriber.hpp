@@ -2,7 +2,7 @@
 #pragma once
 
 #include <plex/MrvSubscriber.hpp>
-#include <plex/ps/internal/CallbackScope.hpp>
+#include <plex/ps/internal/CallbackThread.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 
@@ -30,7 +30,6 @@ public:
     ~MrvDdsSubscriber() override;
 
     /// Gives back reader and topic. From two threads at once it closes once.
-    /// @throws IllegalStateException inside an asynchronous callback, logged.
     void close() override;
 
     std::vector<std::shared_ptr<T>> readMostRecent(const std::chrono::milliseconds& timeout) override;

@@ -4,18 +4,23 @@
 #include <plex/Subscriber.hpp>
 #include <plex/ps/DdsDataEvent.hpp>
 #include <plex/ps/DdsSubscription.hpp>
-#include <plex/ps/internal/CallbackScope.hpp>
-#include <plex/ps/internal/DispatchMutex.hpp>
+#include <plex/ps/internal/CallbackTurn.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
+#include <plex/ps/internal/PollTurn.hpp>
 #include <plex/ps/internal/SampleFilter.hpp>
+#include <plex/ps/internal/Settings.hpp>
+#include <plex/ps/internal/SubscriptionRegistry.hpp>
 #include <plex/ps/internal/Time.hpp>
 
 #include <fastdds/dds/subscriber/DataReaderListener.hpp>
 
+#include <cstddef>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace ovra::plex::ps
 {
@@ -24,16 +29,15 @@ namespace ovra::plex::ps
 ///
 /// No two subscriptions have intersecting filters, whatever their kinds, so a sample belongs to at most one.
 ///
-/// Threads: every operation may be called from any thread. Callbacks of asynchronous subscriptions and
-/// notifiers run on a thread of DDS (inside the process, on the publishing thread) under the async mutex,
-/// those of synchronous ones on the thread that polls, under the sync mutex; no path holds both. Inside a
-/// callback, changing subscriptions of a kind that the same mutex guards is refused. A publication to the
-/// same topic inside an asynchronous callback is dispatched when the callback has returned.
-/// Exceptions of callbacks end the dispatch and pass to its caller: to poll()'s, or to DDS.
-/// Ownership: owned by its subscriber; shares the reader until it is shut down. The listener is the
-/// subscriber's, as it must outlive the reader.
+/// Threads: every operation may be called from any thread, inside callbacks too. Callbacks run with no lock
+/// of this library held. One thread at a time runs those of asynchronous subscriptions and notifiers (see
+/// CallbackTurn for which), one those of polled ones. What a callback changes of the subscriptions holds at
+/// once: none that it has ended is called any more, and its filter is free; a new one takes part from the
+/// next sample on. Exceptions of callbacks end the dispatch and pass to its caller, poll()'s, publish()'s or
+/// DDS, unless those of asynchronous callbacks are to be logged. Ownership: shared by its subscriber and the
+/// reader's listener, so by the reader; shares the reader until it is shut down and no thread has the turn.
 template <class T, class ST>
-class SubscriptionManager : public std::enable_shared_from_this<SubscriptionManager<T, ST>>
+class SubscriptionManager : public internal::CallbackTurn
 {
 public:
     using SubscriberPointer = std::shared_ptr<DdsSubscriber<T, ST>>;
@@ -47,26 +51,23 @@ public:
 
     /// @param owner is what callbacks are given; must outlive the shutdown.
     /// @param ageLimits older samples are dropped.
+    /// @throws PlexException when property "dds.callback.thread" or "dds.callback.exceptions" has no meaning.
     SubscriptionManager(Subscriber<T>& owner, internal::AgeLimits ageLimits,
-                        std::shared_ptr<internal::dds::DataReader> reader);
+                        const Plex::Properties& properties);
     SubscriptionManager(const SubscriptionManager&) = delete;
     SubscriptionManager& operator=(const SubscriptionManager&) = delete;
-    ~SubscriptionManager() = default;
+    ~SubscriptionManager() override = default;
 
-    /// A listener that dispatches to this manager as data arrives. It must live until the reader is
-    /// deleted.
-    std::unique_ptr<SubscriptionReaderListener> createListener();
+    /// Sets what it reads from, whose listener is to hand data to this manager. To be called once, before
+    /// anything else.
+    void setReader(std::shared_ptr<internal::dds::DataReader> reader);
 
-    /// Detaches the listener and forgets all subscriptions. Waits for callbacks that run on other threads;
-    /// none starts once this has returned. Must not be called inside a callback.
+    /// Detaches the listener and forgets all subscriptions. Outside callbacks, waits for those that run on
+    /// other threads; none starts once this has returned.
     void shutDown();
-
-    /// Whether the calling thread is inside a callback of one of these subscriptions.
-    bool isDispatchingHere() const;
 
     /// Each registers a copy of a callback and returns its handle; null after the shutdown.
     /// @throws PlexException when the filter intersects with a registered one; nothing is registered then.
-    /// @throws IllegalStateException inside a callback under the same mutex.
     std::unique_ptr<Subscription> subscribe(const DataEventFilter<T>& filter, Callback& callback,
                                             SubscriberPointer subscriber);
     std::unique_ptr<Subscription> subscribeAsync(const DataEventFilter<T>& filter, Callback& callback,
@@ -75,8 +76,8 @@ public:
                                                              Notifier& notifier,
                                                              SubscriberPointer subscriber);
 
-    /// Checks that a filter intersects with none that is registered, in any registry or in one. The caller
-    /// holds the registries' mutex.
+    /// Checks that a filter intersects with none that is registered, or with none of some. The caller holds
+    /// the registries' mutex.
     /// @throws PlexException, logged, when it does.
     void ensureUniqueFilter(const DataEventFilter<T>& filter) const;
     template <class SubscriptionMap>
@@ -89,8 +90,8 @@ public:
     /// Whether a sample passes a filter.
     static bool matches(const DdsType& sample, const internal::dds::SampleInfo& info, const Filter& filter);
 
-    /// Each forgets a registration; an unknown id is no error.
-    /// @throws IllegalStateException inside a callback under the same mutex.
+    /// Each forgets a registration; an unknown id is no error. Outside callbacks, waits for a callback of it
+    /// that runs; none starts once this has returned.
     void removeSync(const std::string& id);
     void removeAsync(const std::string& id);
     void removeNotifier(const std::string& id);
@@ -98,36 +99,65 @@ public:
     /// @throws IllegalStateException inside a synchronous callback, logged: poll() would hang there.
     void checkNotInSyncCallback() const;
 
-    /// Calls the synchronous subscriptions' callbacks for samples just taken. Must not be called inside one.
-    void dispatchToSync(const Samples& samples);
+    internal::PollTurn& pollTurn() { return pollTurn_; }
+
+    /// Each calls the synchronous subscriptions' callbacks: for samples just taken, or for those that a
+    /// callback that threw has left untold, at most so many (0: any number). The caller has the poll turn.
+    /// @returns the number of samples.
+    std::size_t dispatchToSync(const Samples& samples);
+    std::size_t dispatchUntold(std::size_t maxCount);
+
+    /// Whether there are samples that a callback that threw has left untold.
+    bool hasUntold() const { return hasUntold_; }
+
+    /// How many exceptions of asynchronous callbacks and notifiers have been logged.
+    std::uint64_t loggedExceptions() const { return loggedExceptions_; }
 
 private:
-    struct SubscriptionInfo {
-        std::string id;
-        Filter filter;
-        Callback callback;
+    template <class Function>
+    struct Registration : internal::CallRecord {
+        Registration(std::string newId, Filter wanted, Function called)
+            : id(std::move(newId))
+            , filter(std::move(wanted))
+            , function(std::move(called))
+        {
+        }
+
+        const std::string id;
+        const Filter filter;
+        Function function;    ///< empty when it has ended and no call of it runs
+        bool matched = false; ///< whether a sample of the notifiers' dispatch under way matched
     };
 
-    struct NotifierSubscriptionInfo {
-        std::string id;
-        Filter filter;
-        Notifier notifier;
-        bool matched = false; ///< whether a sample of the dispatch under way matched
+    using SubscriptionInfo = Registration<Callback>;
+    using NotifierSubscriptionInfo = Registration<Notifier>;
+
+    /// A sample that was taken for polled callbacks but not told.
+    struct UntoldSample {
+        DdsType sample;
+        internal::dds::SampleInfo info;
     };
 
     template <class Info>
-    using Registry = std::map<std::string, Info>;
+    using Registry = internal::SubscriptionRegistry<Info>;
+
+    /// The filters of all registrations by the instance that they name: those that name different ones need
+    /// not be compared.
+    using Filters = std::multimap<std::optional<fastdds::InstanceHandle_t>, const Filter*>;
 
     template <class Handle, class Info, class Function>
-    std::unique_ptr<Subscription> add(internal::DispatchMutex& mutex, Registry<Info>& registry,
-                                      const DataEventFilter<T>& filter, const Function& function,
-                                      SubscriberPointer subscriber);
-    template <class Info>
-    void remove(internal::DispatchMutex& mutex, Registry<Info>& registry, const std::string& id);
-    template <class Info>
-    void clear(internal::DispatchMutex& mutex, Registry<Info>& registry);
+    std::unique_ptr<Subscription> add(Registry<Info>& registry, const DataEventFilter<T>& filter,
+                                      const Function& function, SubscriberPointer subscriber);
+    template <class Turn, class Info>
+    void remove(Turn& turn, Registry<Info>& registry, const std::string& id);
+    template <class Turn, class Info>
+    void removeAll(Turn& turn, Registry<Info>& registry);
+    void forgetFilter(const Filter& filter);
+    void serveAsWanted();
+    bool hasAsynchronousSubscriptions();
 
-    void onDataAvailable();
+    void callBack() override;
+    void release() override;
     void dispatchToNotifiers();
     void dispatchToListeners();
 
@@ -138,35 +168,57 @@ private:
     /// Gives samples back when it ends.
     internal::LoanGuard guardLoan(Samples& samples) const;
 
-    /// Calls back for a sample unless its age or the filter holds it back. @param makeData gives its value.
+    /// Whether a subscription is told of a sample: by its age and the filter.
+    bool wants(const SubscriptionInfo& subscription, const DdsType& sample,
+               const internal::dds::SampleInfo& info) const;
+
+    /// Tells a subscription of a sample. @param makeData gives its value.
     template <class MakeData>
-    void dispatch(const SubscriptionInfo& subscription, const DdsType& sample,
-                  const internal::dds::SampleInfo& info, MakeData makeData);
+    void tell(SubscriptionInfo& subscription, const internal::dds::SampleInfo& info, MakeData makeData);
+
+    /// Calls polled callbacks. @param sampleAt gives a sample by its index, infoAt its info.
+    /// @param told which are not to be told; marks those that are.
+    template <class SampleAt, class InfoAt>
+    void tellPolled(std::vector<bool>& told, SampleAt sampleAt, InfoAt infoAt);
+
+    /// Runs a record's function unless the record has ended.
+    template <class Turn, class Info, class Run>
+    void call(Turn& turn, Info& record, Run run);
+
+    /// Runs an asynchronous callback, and logs what it throws where that is wanted.
+    template <class Run>
+    void guarded(Run run);
 
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriptionManager");
     Subscriber<T>& owner_;
     const internal::AgeLimits ageLimits_;
-    std::shared_ptr<internal::dds::DataReader> reader_; ///< empty after the shutdown
+    const internal::CallbacksOn callbacksOn_;
+    const bool logsExceptions_;
+    std::atomic<std::uint64_t> loggedExceptions_ = 0;
+    std::shared_ptr<internal::dds::DataReader> reader_; ///< empty when it is released
+    std::string topicName_;
+    const internal::dds::DomainParticipant* participant_ = nullptr;
 
-    mutable internal::DispatchMutex
-        asyncMutex_; ///< guards reader_, the next two and what the dispatch works with
+    std::mutex mutex_; ///< guards the next five, but for what the threads with the turns look through
     Registry<SubscriptionInfo> asyncRegistry_;
     Registry<NotifierSubscriptionInfo> notifierRegistry_;
-    mutable internal::DispatchMutex syncMutex_; ///< guards the next
     Registry<SubscriptionInfo> syncRegistry_;
+    Filters filters_;
+    bool shutDown_ = false;
+    std::mutex serviceMutex_; ///< guards the next; taken before the other
+    bool isServed_ = false;
 
-    /// Guards changes of all three registries beside each one's own mutex, so that whoever holds either may
-    /// look at a registry; taken after these, never while a callback runs.
-    std::mutex registriesMutex_;
-    bool shutDown_ = false; ///< guarded by it
-
-    // What the dispatch works with.
-    bool moreData_ = false;               ///< data came from inside a callback
+    // What the asynchronous dispatch works with.
     bool notified_ = false;               ///< a notifier has been served, so samples may be marked as read
     DdsType taken_;                       ///< the sample being dispatched
     internal::dds::SampleInfo takenInfo_; ///< its info
     ST takenAdapter_;                     ///< views it
     const std::shared_ptr<T> takenData_;  ///< the adapter, which it does not own
+
+    // What the polled one does.
+    internal::PollTurn pollTurn_;
+    std::deque<UntoldSample> untold_; ///< belongs to the thread that has the poll turn
+    std::atomic<bool> hasUntold_ = false;
 };
 
 } // namespace ovra::plex::ps

@@ -16,14 +16,13 @@ namespace ovra::plex::ps
 ///
 /// Fast DDS copies the reader's listener pointer and calls through it without counting, so detaching does not
 /// wait for a call under way. Two things make it safe:
-/// - The subscriber keeps the listener, which keeps the manager, as long as it lives, and whatever holds the
-///   reader holds the subscriber, so both outlive delete_datareader(). When that returns, every call is over,
+/// - Whatever holds the reader holds the listener, which keeps the manager, so both outlive
+///   delete_datareader(). When that returns, every call is over,
 ///   in both generations: those about data, deadlines and liveliness run with the RTPS reader's mutex held,
 ///   which the deletion takes to detach the reader's inner listener; receiving threads, in-process writers
 ///   and discovery reach a reader only under locks or counts that the deletion waits for before it frees it,
 ///   and the deadline's timer only while the event thread, for which it waits too, is busy.
-/// - A call does its work under the manager's async mutex, which the shutdown takes: so no callback starts
-///   once the shutdown is over.
+/// - A call takes the manager's turn, which gives none any more once the manager is shut down.
 template <class T, class ST>
 class SubscriptionManager<T, ST>::SubscriptionReaderListener final : public internal::dds::DataReaderListener
 {
@@ -33,7 +32,7 @@ public:
     {
     }
 
-    void on_data_available(internal::dds::DataReader* /*reader*/) override { manager_->onDataAvailable(); }
+    void on_data_available(internal::dds::DataReader* /*reader*/) override { manager_->dataArrived(); }
 
     void on_subscription_matched(internal::dds::DataReader* /*reader*/,
                                  const internal::dds::SubscriptionMatchedStatus& /*status*/) override

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/ps/DataEntities.hpp>
+#include <plex/ps/internal/Deletions.hpp>
 #include <plex/ps/internal/Settings.hpp>
 #include <plex/ps/internal/Time.hpp>
 
@@ -37,8 +38,8 @@ void DdsPublisher<T, ST>::createDdsEntities()
     topic_ = internal::holdTopic(this->participant_, this->createTopic().first, logger_,
                                  "Failed to delete topic for dds publisher");
     publisher_ = internal::holdPublisher(this->participant_, this->createPublisher(), texts);
-    writer_ = internal::holdWriter(publisher_,
-                                   this->createWriter(*publisher_, *topic_, logger_, historyDepth), texts);
+    writer_.set(internal::holdWriter(publisher_, topic_,
+                                     this->createWriter(*publisher_, *topic_, logger_, historyDepth), texts));
 }
 
 template <class T, class ST>
@@ -72,13 +73,29 @@ void DdsPublisher<T, ST>::checkWritten(fastdds::ReturnCode result) const
 }
 
 template <class T, class ST>
+template <class Write>
+void DdsPublisher<T, ST>::publishBy(Write write)
+{
+    internal::PublishScope publication;
+    {
+        const auto writer = writer_.use();
+        if (!writer) {
+            this->failClosed();
+        }
+        checkWritten(fastdds::code(write(*writer)));
+    }
+    publication.callBack(); // the last thing here, as a callback may destroy this publisher
+}
+
+template <class T, class ST>
 void DdsPublisher<T, ST>::publish(const T& value, const std::chrono::milliseconds& timeout)
 {
     this->checkState();
     checkTimeout(timeout);
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    checkWritten(
-        fastdds::code(writer_->write(fastdds::asSample(&adapter.wire()), internal::dds::HANDLE_NIL)));
+    publishBy([&](internal::dds::DataWriter& writer) {
+        return writer.write(fastdds::asSample(&adapter.wire()), internal::dds::HANDLE_NIL);
+    });
 }
 
 template <class T, class ST>
@@ -89,8 +106,9 @@ void DdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value,
     checkTimeout(timeout);
     const fastdds::Time_t time = internal::toSourceTime(sourceTimestamp);
     const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    checkWritten(fastdds::code(
-        writer_->write_w_timestamp(fastdds::asSample(&adapter.wire()), internal::dds::HANDLE_NIL, time)));
+    publishBy([&](internal::dds::DataWriter& writer) {
+        return writer.write_w_timestamp(fastdds::asSample(&adapter.wire()), internal::dds::HANDLE_NIL, time);
+    });
 }
 
 template <class T, class ST>
@@ -104,7 +122,6 @@ template <class T, class ST>
 void DdsPublisher<T, ST>::close()
 {
     if (this->state_ != internal::EntityState::Closed) {
-        internal::CallbackScope::checkMayClose(logger_, this->uri_);
         release();
     }
 }
@@ -112,12 +129,12 @@ void DdsPublisher<T, ST>::close()
 template <class T, class ST>
 void DdsPublisher<T, ST>::release()
 {
-    const std::lock_guard closing(closeMutex_);
-    if (this->state_ == internal::EntityState::Closed) {
+    const auto closing = internal::lockToClose(closeMutex_);
+    if (!closing || this->state_ == internal::EntityState::Closed) {
         return;
     }
     closeDependents();
-    writer_.reset();
+    writer_.close();
     topic_.reset();
     this->state_ = internal::EntityState::Closed;
 }
@@ -142,6 +159,7 @@ void DdsPublisher<T, ST>::removeDependent(InstancePublisher<T>& dependent)
 template <class T, class ST>
 void DdsPublisher<T, ST>::closeDependents()
 {
+    const internal::HeldDeletions untilUnlocked; // as another thread's callback may wait for the lock
     const std::lock_guard lock(dependentsMutex_);
     for (auto* const dependent : dependents_) {
         dependent->close();

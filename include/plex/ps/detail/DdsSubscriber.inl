@@ -15,9 +15,7 @@ DdsSubscriber<T, ST>::create(const Uri& uri, const qos::QoSList& qos, const Plex
                              const internal::ParticipantPointer& participant)
 {
     auto subscriber = std::make_shared<DdsSubscriber>(uri, qos, properties, participant);
-    auto reader = subscriber->createReader();
-    subscriber->attachManager(reader);
-    subscriber->reader_.set(std::move(reader));
+    subscriber->reader_.set(subscriber->createReader());
     subscriber->state_ = internal::EntityState::Initialized;
     internal::recordCreated(subscriber->logger_, "Subscriber", uri);
     return subscriber;
@@ -42,26 +40,25 @@ DdsSubscriber<T, ST>::~DdsSubscriber() // NOLINT(bugprone-exception-escape)
     }
 }
 
+/// Makes the reader and the manager that it hands data to. From then on each keeps the other until the
+/// manager is shut down.
 template <class T, class ST>
 std::shared_ptr<internal::dds::DataReader> DdsSubscriber<T, ST>::createReader()
 {
+    auto manager = std::make_shared<Manager>(*this, this->ageLimits(), this->properties_);
+    const auto listener = std::make_shared<typename Manager::SubscriptionReaderListener>(manager);
     subscriber_ = internal::holdSubscriber(this->participant_, this->createReadersSubscriber(logger_),
                                            logger_, "Failed to delete a DDS subscriber for dds subscriber");
-    auto* const reader = internal::DdsEntityBase::createReader(*subscriber_, *topic_, logger_);
-    return internal::holdReader(subscriber_, topic_, reader, logger_,
-                                "Failed to delete a DDS data reader for dds subscriber");
-}
-
-template <class T, class ST>
-void DdsSubscriber<T, ST>::attachManager(const std::shared_ptr<internal::dds::DataReader>& reader)
-{
-    auto manager = std::make_shared<Manager>(*this, this->ageLimits(), reader);
-    listener_ = manager->createListener();
-    const auto result = fastdds::code(reader->set_listener(listener_.get()));
+    auto reader = internal::holdReader(
+        subscriber_, topic_, internal::DdsEntityBase::createReader(*subscriber_, *topic_, logger_), listener,
+        logger_, "Failed to delete a DDS data reader for dds subscriber");
+    const auto result = fastdds::code(reader->set_listener(listener.get()));
     if (result != fastdds::RETCODE_OK) {
         internal::fail(logger_, internal::withCode("Failed to attach a listener to the DDS reader", result));
     }
+    manager->setReader(reader);
     manager_ = std::move(manager);
+    return reader;
 }
 
 template <class T, class ST>
@@ -74,15 +71,8 @@ std::shared_ptr<T> DdsSubscriber<T, ST>::createDataEntity()
 template <class T, class ST>
 void DdsSubscriber<T, ST>::close()
 {
-    if (const auto manager = manager_.load(); manager && manager->isDispatchingHere()) {
-        internal::fail<IllegalStateException>(
-            logger_, internal::withUri("A subscriber can not be closed inside its own callback", this->uri_));
-    }
-    if (this->state_ != internal::EntityState::Closed) {
-        internal::CallbackScope::checkMayClose(logger_, this->uri_);
-    }
-    const std::lock_guard closing(closeMutex_);
-    if (this->state_ == internal::EntityState::Closed) {
+    const auto closing = internal::lockToClose(closeMutex_);
+    if (!closing || this->state_ == internal::EntityState::Closed) {
         internal::recordDebug(logger_, "Publisher already closed");
         return;
     }
@@ -92,14 +82,13 @@ void DdsSubscriber<T, ST>::close()
 template <class T, class ST>
 void DdsSubscriber<T, ST>::release()
 {
-    auto lastUse = reader_.use(); // so that the manager, which locks, is not the one that deletes it
+    closer_ = std::this_thread::get_id();
     reader_.close();
     closing_.set_trigger_value(true); // after that, as whoever is woken may read again
     if (const auto manager = manager_.load()) {
-        manager->shutDown(); // a callback under way may still ask it whether it is one
+        manager->shutDown();
     }
     manager_ = nullptr;
-    lastUse.end();
     topic_.reset();
     this->state_ = internal::EntityState::Closed;
 }

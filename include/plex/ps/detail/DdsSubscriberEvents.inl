@@ -187,16 +187,20 @@ DdsSubscriber<T, ST>::readDataEventsUntilEventCountLimitOrTimeout(const DataEven
 
 template <class T, class ST>
 std::size_t DdsSubscriber<T, ST>::takePolled(internal::dds::DataReader& reader, Manager& manager,
-                                             std::size_t maxCount, const internal::SampleStates& states) const
+                                             std::size_t maxCount, const internal::SampleStates& states,
+                                             internal::WallClock::time_point end) const
 {
+    const internal::PollTurn::Pass pass(manager.pollTurn(), end);
+    if (!pass) {
+        return 0;
+    }
     Samples samples;
     if (!checkTaken(samples.take(reader, internal::sampleLimit(maxCount), states),
                     "Reader take failed in poll.")) {
         return 0;
     }
     const internal::LoanGuard guard(reader, samples, logger_, internal::loanNotReturned);
-    manager.dispatchToSync(samples);
-    return static_cast<std::size_t>(samples.size());
+    return manager.dispatchToSync(samples);
 }
 
 template <class T, class ST>
@@ -211,10 +215,15 @@ std::size_t DdsSubscriber<T, ST>::poll(std::size_t maxCount, const std::chrono::
     const auto end = internal::timeoutEnd(timeout);
     internal::DataWait data(*reader, closing_, logger_, this->uri_);
     std::size_t total = 0;
-    while (end > internal::WallClock::now()) {
+    while (end > internal::WallClock::now() && closer_.load() != std::this_thread::get_id()) {
         checkOpen();
+        if (manager->hasUntold()) {
+            const internal::PollTurn::Pass pass(manager->pollTurn(), end);
+            total += pass ? manager->dispatchUntold(maxCount) : 0;
+            continue;
+        }
         takeWoken(data.wait(internal::shortestWait()), [&](const internal::SampleStates& states) {
-            const auto taken = takePolled(*reader, *manager, maxCount, states);
+            const auto taken = takePolled(*reader, *manager, maxCount, states, end);
             total += taken;
             return taken > 0;
         });

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/ps/DataEntities.hpp>
+#include <plex/ps/internal/Deletions.hpp>
 #include <plex/ps/internal/Settings.hpp>
 #include <plex/ps/internal/Time.hpp>
 
@@ -17,6 +18,7 @@ InstanceDdsPublisher<T, ST>::InstanceDdsPublisher(std::shared_ptr<DdsPublisher<T
     , waitForAckTimeoutMs_(waitForAckTimeoutMs)
 {
     parent_->checkState();
+    internal::checkMayMakeEntities(logger_, parent_->uri());
     createDdsEntities(value);
     parent_->addDependent(*this);
 }
@@ -38,33 +40,23 @@ void InstanceDdsPublisher<T, ST>::createDdsEntities(const T& value)
     topic_ = internal::holdTopic(participant, parent_->createTopic().first, logger_,
                                  "Failed to delete topic for dds publisher");
     publisher_ = internal::holdPublisher(participant, parent_->createPublisher(), texts);
-    writer_ = internal::holdWriter(publisher_,
-                                   parent_->createWriter(*publisher_, *topic_, logger_, std::nullopt), texts);
+    auto writer = internal::holdWriter(
+        publisher_, topic_, parent_->createWriter(*publisher_, *topic_, logger_, std::nullopt), texts);
 
     // DDS keeps what it is given as the instance's key value, so it is given nothing but the key.
     const auto key = obtainImpl<T, ST>(value, logger_).cloneKey();
     const ST& adapter = obtainImpl<T, ST>(*key, logger_);
-    instanceHandle_ = writer_->register_instance(fastdds::asSample(&adapter.wire()));
+    instanceHandle_ = writer->register_instance(fastdds::asSample(&adapter.wire()));
     if (!instanceHandle_.isDefined() && instanceHandle_ == internal::dds::HANDLE_NIL) {
         internal::fail<IllegalStateException>(logger_, "Key instance not created");
     }
+    writer_.set(std::move(writer));
 }
 
 template <class T, class ST>
-void InstanceDdsPublisher<T, ST>::checkState() const
+void InstanceDdsPublisher<T, ST>::failClosed() const
 {
-    if (closed_) {
-        internal::fail<IllegalStateException>(logger_, "InstancePublisher already closed");
-    }
-}
-
-template <class T, class ST>
-void InstanceDdsPublisher<T, ST>::checkNotPublishingHere() const
-{
-    if (mutex_.isDispatchingHere()) {
-        internal::fail<IllegalStateException>(
-            logger_, "An instance publisher can not be used inside a callback that its publishing runs");
-    }
+    internal::fail<IllegalStateException>(logger_, "InstancePublisher already closed");
 }
 
 template <class T, class ST>
@@ -91,39 +83,58 @@ std::shared_ptr<Plex> InstanceDdsPublisher<T, ST>::getPlex() const
 }
 
 template <class T, class ST>
+internal::SharedWriter::Use InstanceDdsPublisher<T, ST>::openWriter()
+{
+    auto writer = writer_.use();
+    if (!writer) {
+        failClosed();
+    }
+    return writer;
+}
+
+template <class T, class ST>
+template <class Write>
+void InstanceDdsPublisher<T, ST>::publishBy(Write write)
+{
+    internal::PublishScope publication;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto writer = openWriter();
+        checkWritten(fastdds::code(write(*writer)));
+    }
+    publication.callBack(); // the last thing here, as a callback may destroy this publisher
+}
+
+template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::publish(const T& value, const std::chrono::milliseconds& timeout)
 {
-    checkNotPublishingHere();
-    const internal::DispatchMutex::DispatchLock lock(mutex_);
-    checkState();
-    checkTimeout(timeout);
-    const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    checkWritten(fastdds::code(writer_->write(fastdds::asSample(&adapter.wire()), instanceHandle_)));
+    publishBy([&](internal::dds::DataWriter& writer) {
+        checkTimeout(timeout);
+        const ST& adapter = obtainImpl<T, ST>(value, logger_);
+        return writer.write(fastdds::asSample(&adapter.wire()), instanceHandle_);
+    });
 }
 
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::publish(double sourceTimestamp, const T& value,
                                           const std::chrono::milliseconds& timeout)
 {
-    checkNotPublishingHere();
-    const internal::DispatchMutex::DispatchLock lock(mutex_);
-    checkState();
-    checkTimeout(timeout);
-    const fastdds::Time_t time = internal::toSourceTime(sourceTimestamp);
-    const ST& adapter = obtainImpl<T, ST>(value, logger_);
-    checkWritten(
-        fastdds::code(writer_->write_w_timestamp(fastdds::asSample(&adapter.wire()), instanceHandle_, time)));
+    publishBy([&](internal::dds::DataWriter& writer) {
+        checkTimeout(timeout);
+        const fastdds::Time_t time = internal::toSourceTime(sourceTimestamp);
+        const ST& adapter = obtainImpl<T, ST>(value, logger_);
+        return writer.write_w_timestamp(fastdds::asSample(&adapter.wire()), instanceHandle_, time);
+    });
 }
 
 template <class T, class ST>
 std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
 {
-    checkNotPublishingHere();
-    const internal::DispatchMutex::DispatchLock lock(mutex_);
-    checkState();
+    const std::lock_guard lock(mutex_);
+    const auto writer = openWriter();
     auto entity = createDataEntityInternal<T, ST>();
     auto& wire = obtainImpl<T, ST>(*entity, logger_).wire();
-    const auto result = fastdds::code(writer_->get_key_value(&wire, instanceHandle_));
+    const auto result = fastdds::code(writer->get_key_value(&wire, instanceHandle_));
     if (result != fastdds::RETCODE_OK) {
         internal::failWithErrMsg(logger_, internal::withCode("Getting instance key failed", result));
     }
@@ -133,20 +144,17 @@ std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::close()
 {
-    if (!closed_) {
-        internal::CallbackScope::checkMayClose(logger_, parent_->uri());
-        release();
-    }
+    release();
 }
 
 template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::release()
 {
-    const internal::DispatchMutex::DispatchLock lock(mutex_);
-    if (!closed_) {
-        writer_.reset();
+    const internal::HeldDeletions untilUnlocked; // as another thread's callback may wait for the lock
+    const auto lock = internal::lockToClose(mutex_);
+    if (!closed_.exchange(true)) {
+        writer_.close();
         topic_.reset();
-        closed_ = true;
     }
 }
 

@@ -43,7 +43,7 @@ std::shared_ptr<internal::dds::DataReader> MrvDdsSubscriber<T, ST>::makeReader()
                        internal::withUri("Failed to create data reader for Mrv dds subscriber.", this->uri_));
     }
     return internal::holdReader(
-        m_subscriber, m_topic, reader, m_logger,
+        m_subscriber, m_topic, reader, nullptr, m_logger,
         internal::withUri("Failed to delete datareader for Mrv dds subscriber.", this->uri_));
 }
 
@@ -58,11 +58,8 @@ void MrvDdsSubscriber<T, ST>::release()
 template <class T, class ST>
 void MrvDdsSubscriber<T, ST>::close()
 {
-    if (this->state_ != internal::EntityState::Closed) {
-        internal::CallbackScope::checkMayClose(m_logger, this->uri_);
-    }
-    const std::lock_guard closing(m_closeMutex);
-    if (this->state_ == internal::EntityState::Closed) {
+    const auto closing = internal::lockToClose(m_closeMutex);
+    if (!closing || this->state_ == internal::EntityState::Closed) {
         internal::recordDebug(m_logger, "MrvSubscriber already closed");
         return;
     }

@@ -4,6 +4,9 @@
 #include <plex/common/UUID.hpp>
 #include <plex/ps/SubscriptionReaderListener.hpp>
 
+#include <algorithm>
+#include <iterator>
+#include <ranges>
 #include <utility>
 
 namespace ovra::plex::ps
@@ -11,20 +14,22 @@ namespace ovra::plex::ps
 
 template <class T, class ST>
 SubscriptionManager<T, ST>::SubscriptionManager(Subscriber<T>& owner, internal::AgeLimits ageLimits,
-                                                std::shared_ptr<internal::dds::DataReader> reader)
+                                                const Plex::Properties& properties)
     : owner_(owner)
     , ageLimits_(ageLimits)
-    , reader_(std::move(reader))
+    , callbacksOn_(internal::callbacksOn(properties))
+    , logsExceptions_(internal::logsCallbackExceptions(properties))
     , takenAdapter_(taken_, ovra::plex::icd::dds::Borrow{})
     , takenData_(std::shared_ptr<void>(), &takenAdapter_)
 {
 }
 
 template <class T, class ST>
-std::unique_ptr<typename SubscriptionManager<T, ST>::SubscriptionReaderListener>
-SubscriptionManager<T, ST>::createListener()
+void SubscriptionManager<T, ST>::setReader(std::shared_ptr<internal::dds::DataReader> reader)
 {
-    return std::make_unique<SubscriptionReaderListener>(this->shared_from_this());
+    topicName_ = reader->get_topicdescription()->get_name();
+    participant_ = reader->get_subscriber()->get_participant();
+    reader_ = std::move(reader);
 }
 
 template <class T, class ST>
@@ -35,21 +40,22 @@ void SubscriptionManager<T, ST>::shutDown()
         internal::recordErrMsg(logger_, internal::withCode("Failed to set listener to none", result));
     }
     {
-        const std::lock_guard lock(registriesMutex_);
+        const std::lock_guard lock(mutex_);
         shutDown_ = true;
+        filters_.clear();
     }
-    clear(syncMutex_, syncRegistry_);
-    clear(asyncMutex_, notifierRegistry_);
-    clear(asyncMutex_, asyncRegistry_);
-    // Given up here, so that a call of the listener that is just leaving can not be the last to hold it.
-    const auto lock = asyncMutex_.lockForChange(logger_);
-    reader_.reset();
+    removeAll(pollTurn_, syncRegistry_);
+    removeAll(*this, notifierRegistry_);
+    removeAll(*this, asyncRegistry_);
+    serveAsWanted();
+    this->end();
 }
 
+/// Given up when no thread can look at it any more.
 template <class T, class ST>
-bool SubscriptionManager<T, ST>::isDispatchingHere() const
+void SubscriptionManager<T, ST>::release()
 {
-    return asyncMutex_.isDispatchingHere() || syncMutex_.isDispatchingHere();
+    const auto reader = std::exchange(reader_, nullptr); // which keeps this object
 }
 
 template <class T, class ST>
@@ -57,8 +63,7 @@ std::unique_ptr<Subscription> SubscriptionManager<T, ST>::subscribe(const DataEv
                                                                     Callback& callback,
                                                                     SubscriberPointer subscriber)
 {
-    return add<SyncDdsSubscription<T, ST>>(syncMutex_, syncRegistry_, filter, callback,
-                                           std::move(subscriber));
+    return add<SyncDdsSubscription<T, ST>>(syncRegistry_, filter, callback, std::move(subscriber));
 }
 
 template <class T, class ST>
@@ -66,8 +71,9 @@ std::unique_ptr<Subscription> SubscriptionManager<T, ST>::subscribeAsync(const D
                                                                          Callback& callback,
                                                                          SubscriberPointer subscriber)
 {
-    return add<AsyncDdsSubscription<T, ST>>(asyncMutex_, asyncRegistry_, filter, callback,
-                                            std::move(subscriber));
+    auto handle = add<AsyncDdsSubscription<T, ST>>(asyncRegistry_, filter, callback, std::move(subscriber));
+    serveAsWanted();
+    return handle;
 }
 
 template <class T, class ST>
@@ -75,54 +81,94 @@ std::unique_ptr<Subscription>
 SubscriptionManager<T, ST>::subscribeAsyncWithNotifier(const DataEventFilter<T>& filter, Notifier& notifier,
                                                        SubscriberPointer subscriber)
 {
-    return add<AsyncDdsSubscriptionNotifier<T, ST>>(asyncMutex_, notifierRegistry_, filter, notifier,
-                                                    std::move(subscriber));
+    auto handle =
+        add<AsyncDdsSubscriptionNotifier<T, ST>>(notifierRegistry_, filter, notifier, std::move(subscriber));
+    serveAsWanted();
+    return handle;
 }
 
 template <class T, class ST>
 void SubscriptionManager<T, ST>::removeSync(const std::string& id)
 {
-    remove(syncMutex_, syncRegistry_, id);
+    remove(pollTurn_, syncRegistry_, id);
 }
 
 template <class T, class ST>
 void SubscriptionManager<T, ST>::removeAsync(const std::string& id)
 {
-    remove(asyncMutex_, asyncRegistry_, id);
+    remove(*this, asyncRegistry_, id);
+    serveAsWanted();
 }
 
 template <class T, class ST>
 void SubscriptionManager<T, ST>::removeNotifier(const std::string& id)
 {
-    remove(asyncMutex_, notifierRegistry_, id);
+    remove(*this, notifierRegistry_, id);
+    serveAsWanted();
 }
 
 template <class T, class ST>
 template <class Handle, class Info, class Function>
 std::unique_ptr<Subscription>
-SubscriptionManager<T, ST>::add(internal::DispatchMutex& mutex, Registry<Info>& registry,
-                                const DataEventFilter<T>& filter, const Function& function,
-                                SubscriberPointer subscriber)
+SubscriptionManager<T, ST>::add(Registry<Info>& registry, const DataEventFilter<T>& filter,
+                                const Function& function, SubscriberPointer subscriber)
 {
-    std::unique_ptr<Handle> handle; // outlives the locks, which it takes to go where registering fails
-    const auto lock = mutex.lockForChange(logger_);
-    const std::lock_guard registriesLock(registriesMutex_);
+    std::unique_ptr<Handle> handle; // outlives the lock, which it takes to go where registering fails
+    const Function copy = function; // which is code of the application, so without the lock
+    const std::lock_guard lock(mutex_);
     if (shutDown_) {
         return nullptr;
     }
     ensureUniqueFilter(filter);
-    Info info{detail::newUUID(), Filter(filter, logger_), function};
-    handle = std::make_unique<Handle>(info.id, std::move(subscriber));
-    registry.emplace(info.id, std::move(info));
+    auto record = std::make_shared<Info>(detail::newUUID(), Filter(filter, logger_), copy);
+    handle = std::make_unique<Handle>(record->id, std::move(subscriber));
+    filters_.emplace(record->filter.instance(), &record->filter);
+    registry.add(std::move(record));
     return handle;
+}
+
+/// Lets data be called back for as long as there is somebody to call.
+template <class T, class ST>
+void SubscriptionManager<T, ST>::serveAsWanted()
+{
+    std::shared_ptr<internal::DispatchThread> former; // may wait for its callbacks, so goes without the lock
+    const std::lock_guard serviceLock(serviceMutex_);
+    const bool isWanted = hasAsynchronousSubscriptions();
+    if (isWanted == isServed_) {
+        return;
+    }
+    isServed_ = isWanted;
+    if (!isWanted) {
+        former = this->stopServing();
+    } else if (callbacksOn_ == internal::CallbacksOn::OwnThread) {
+        this->startServing(internal::DispatchThread::of(*participant_));
+    } else {
+        this->startServing(nullptr);
+    }
+}
+
+template <class T, class ST>
+bool SubscriptionManager<T, ST>::hasAsynchronousSubscriptions()
+{
+    const std::lock_guard lock(mutex_);
+    return !asyncRegistry_.records().empty() || !notifierRegistry_.records().empty();
 }
 
 template <class T, class ST>
 void SubscriptionManager<T, ST>::ensureUniqueFilter(const DataEventFilter<T>& filter) const
 {
-    ensureUniqueFilter(filter, asyncRegistry_);
-    ensureUniqueFilter(filter, notifierRegistry_);
-    ensureUniqueFilter(filter, syncRegistry_);
+    auto logger = logger_;
+    const auto instance = Filter(filter, logger).instance();
+    if (!instance) {
+        ensureUniqueFilter(filter, filters_);
+        return;
+    }
+    const auto naming = [this](const std::optional<fastdds::InstanceHandle_t>& named) {
+        const auto [begin, end] = filters_.equal_range(named);
+        return std::ranges::subrange(begin, end);
+    };
+    ensureUniqueFilter(filter, naming(std::nullopt));
+    ensureUniqueFilter(filter, naming(instance));
 }
 
 template <class T, class ST>
@@ -130,33 +176,56 @@ template <class SubscriptionMap>
 void SubscriptionManager<T, ST>::ensureUniqueFilter(const DataEventFilter<T>& filter,
                                                     const SubscriptionMap& map) const
 {
-    for (const auto& [id, subscription] : map) {
-        if (internal::intersect(filter, subscription.filter.original())) {
+    for (const auto& [key, registered] : map) {
+        if (internal::intersect(filter, registered->original())) {
             internal::fail(logger_, "Filter intersects with an already registered subscription");
         }
     }
 }
 
 template <class T, class ST>
-template <class Info>
-void SubscriptionManager<T, ST>::remove(internal::DispatchMutex& mutex, Registry<Info>& registry,
-                                        const std::string& id)
+template <class Turn, class Info>
+void SubscriptionManager<T, ST>::remove(Turn& turn, Registry<Info>& registry, const std::string& id)
 {
-    // What a callback has captured is destroyed after the locks are gone.
-    typename Registry<Info>::node_type removed;
-    const auto lock = mutex.lockForChange(logger_);
-    const std::lock_guard registriesLock(registriesMutex_);
-    removed = registry.extract(id);
+    std::shared_ptr<Info> record;
+    {
+        const std::lock_guard lock(mutex_);
+        record = registry.remove(id);
+        if (record) {
+            forgetFilter(record->filter);
+        }
+    }
+    if (!record) {
+        turn.awaitCalls(); // it may be on the way out on another thread
+    } else if (turn.endRecord(*record)) {
+        record->function = nullptr; // destroyed here, not whenever the dispatch looks next
+    }
 }
 
 template <class T, class ST>
-template <class Info>
-void SubscriptionManager<T, ST>::clear(internal::DispatchMutex& mutex, Registry<Info>& registry)
+template <class Turn, class Info>
+void SubscriptionManager<T, ST>::removeAll(Turn& turn, Registry<Info>& registry)
 {
-    Registry<Info> removed; // as in remove()
-    const auto lock = mutex.lockForChange(logger_);
-    const std::lock_guard registriesLock(registriesMutex_);
-    removed.swap(registry);
+    typename Registry<Info>::Records records;
+    {
+        const std::lock_guard lock(mutex_);
+        records = registry.removeAll();
+    }
+    for (const auto& [id, record] : records) {
+        if (turn.endRecord(*record)) {
+            record->function = nullptr; // as in remove()
+        }
+    }
+}
+
+template <class T, class ST>
+void SubscriptionManager<T, ST>::forgetFilter(const Filter& filter)
+{
+    const auto [begin, end] = filters_.equal_range(filter.instance());
+    const auto found = std::find_if(begin, end, [&](const auto& entry) { return entry.second == &filter; });
+    if (found != end) {
+        filters_.erase(found);
+    }
 }
 
 template <class T, class ST>
@@ -178,42 +247,31 @@ bool SubscriptionManager<T, ST>::matches(const DdsType& sample, const internal::
 }
 
 template <class T, class ST>
-void SubscriptionManager<T, ST>::onDataAvailable()
+void SubscriptionManager<T, ST>::callBack()
 {
-    if (asyncMutex_.isDispatchingHere()) {
-        moreData_ = true;
-        return;
+    if (!notifierRegistry_.current(mutex_).empty()) {
+        dispatchToNotifiers();
     }
-    const internal::DispatchMutex::DispatchLock lock(asyncMutex_);
-    const internal::CallbackScope callbacks;
-    if (!reader_) {
-        return;
+    if (!asyncRegistry_.current(mutex_).empty()) {
+        dispatchToListeners();
     }
-    do {
-        moreData_ = false;
-        if (!notifierRegistry_.empty()) {
-            dispatchToNotifiers();
-        }
-        if (!asyncRegistry_.empty()) {
-            dispatchToListeners();
-        }
-    } while (moreData_);
 }
 
 template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToNotifiers()
 {
-    for (auto& [id, subscription] : notifierRegistry_) {
-        subscription.matched = false;
+    const auto& subscriptions = notifierRegistry_.current(mutex_);
+    for (const auto& subscription : subscriptions) {
+        subscription->matched = false;
     }
     notified_ = true;
     const auto makeGuard = [&](Samples& samples) {
         return guardLoan(samples);
     };
     const auto match = [&](const Samples& samples) {
-        for (auto& [id, subscription] : notifierRegistry_) {
-            subscription.matched =
-                subscription.matched || matches(samples.data[0], samples.infos[0], subscription.filter);
+        for (const auto& subscription : subscriptions) {
+            subscription->matched =
+                subscription->matched || matches(samples.data[0], samples.infos[0], subscription->filter);
         }
     };
     // One sample of each instance is enough: what filters look at is the same for all samples of an instance.
@@ -226,9 +284,9 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
         return;
     }
     // The loans are back by now: there is one for each instance, and a reader has a limited number of them.
-    for (const auto& [id, subscription] : notifierRegistry_) {
-        if (subscription.matched) {
-            subscription.notifier(owner_);
+    for (const auto& subscription : subscriptions) {
+        if (subscription->matched) {
+            call(*this, *subscription, [&] { guarded([&] { subscription->function(owner_); }); });
         }
     }
 }
@@ -236,12 +294,16 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
 template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToListeners()
 {
-    while (takeNext()) {
+    // Looked up before each sample, so that none is taken for subscriptions that have all ended.
+    while (!asyncRegistry_.current(mutex_).empty() && takeNext()) {
         if (!takenInfo_.valid_data) {
             continue;
         }
-        for (const auto& [id, subscription] : asyncRegistry_) {
-            dispatch(subscription, taken_, takenInfo_, [&] { return takenData_; });
+        for (const auto& subscription : asyncRegistry_.current(mutex_)) {
+            if (wants(*subscription, taken_, takenInfo_)) {
+                call(*this, *subscription,
+                     [&] { guarded([&] { tell(*subscription, takenInfo_, [&] { return takenData_; }); }); });
+            }
         }
     }
 }
@@ -283,37 +345,138 @@ internal::LoanGuard SubscriptionManager<T, ST>::guardLoan(Samples& samples) cons
 template <class T, class ST>
 void SubscriptionManager<T, ST>::checkNotInSyncCallback() const
 {
-    if (syncMutex_.isDispatchingHere()) {
+    if (pollTurn_.isHere()) {
         internal::fail<IllegalStateException>(logger_,
                                               "poll can not be called inside a callback that it serves");
     }
 }
 
 template <class T, class ST>
-void SubscriptionManager<T, ST>::dispatchToSync(const Samples& samples)
+std::size_t SubscriptionManager<T, ST>::dispatchToSync(const Samples& samples)
 {
-    const internal::DispatchMutex::DispatchLock lock(syncMutex_);
-    for (const auto& [id, subscription] : syncRegistry_) {
-        for (std::int32_t i = 0; i < samples.size(); ++i) {
-            if (samples.hasValue(i)) {
-                dispatch(subscription, samples.data[i], samples.infos[i],
-                         [&] { return createDataEntityFrom<T, ST>(samples.data[i]); });
+    const auto count = static_cast<std::size_t>(samples.size());
+    std::vector<bool> told(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        told[i] = !samples.hasValue(static_cast<std::int32_t>(i));
+    }
+    const auto sampleAt = [&](std::size_t i) -> const DdsType& {
+        return samples.data[static_cast<std::int32_t>(i)];
+    };
+    const auto infoAt = [&](std::size_t i) -> const internal::dds::SampleInfo& {
+        return samples.infos[static_cast<std::int32_t>(i)];
+    };
+    try {
+        tellPolled(told, sampleAt, infoAt);
+    } catch (...) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!told[i]) {
+                untold_.push_back({sampleAt(i), infoAt(i)});
             }
+        }
+        hasUntold_ = !untold_.empty();
+        throw;
+    }
+    return count;
+}
+
+template <class T, class ST>
+std::size_t SubscriptionManager<T, ST>::dispatchUntold(std::size_t maxCount)
+{
+    const auto count = maxCount == 0 ? untold_.size() : std::min(maxCount, untold_.size());
+    std::vector<bool> told(count);
+    std::deque<UntoldSample> samples;
+    std::move(untold_.begin(), untold_.begin() + static_cast<std::ptrdiff_t>(count),
+              std::back_inserter(samples));
+    untold_.erase(untold_.begin(), untold_.begin() + static_cast<std::ptrdiff_t>(count));
+    hasUntold_ = !untold_.empty();
+    try {
+        tellPolled(
+            told, [&](std::size_t i) -> const DdsType& { return samples[i].sample; },
+            [&](std::size_t i) -> const internal::dds::SampleInfo& { return samples[i].info; });
+    } catch (...) {
+        for (auto i = count; i-- > 0;) {
+            if (!told[i]) {
+                untold_.push_front(std::move(samples[i]));
+            }
+        }
+        hasUntold_ = !untold_.empty();
+        throw;
+    }
+    return count;
+}
+
+template <class T, class ST>
+template <class SampleAt, class InfoAt>
+void SubscriptionManager<T, ST>::tellPolled(std::vector<bool>& told, SampleAt sampleAt, InfoAt infoAt)
+{
+    for (const auto& subscription : syncRegistry_.current(mutex_)) {
+        for (std::size_t i = 0; i < told.size(); ++i) {
+            if (told[i] || !wants(*subscription, sampleAt(i), infoAt(i))) {
+                continue;
+            }
+            call(pollTurn_, *subscription, [&] {
+                told[i] = true;
+                tell(*subscription, infoAt(i), [&] { return createDataEntityFrom<T, ST>(sampleAt(i)); });
+            });
         }
     }
 }
 
 template <class T, class ST>
-template <class MakeData>
-void SubscriptionManager<T, ST>::dispatch(const SubscriptionInfo& subscription, const DdsType& sample,
-                                          const internal::dds::SampleInfo& info, MakeData makeData)
+bool SubscriptionManager<T, ST>::wants(const SubscriptionInfo& subscription, const DdsType& sample,
+                                       const internal::dds::SampleInfo& info) const
 {
-    if (ageLimits_.areExceededBy(info) || !matches(sample, info, subscription.filter)) {
-        return;
-    }
+    return !ageLimits_.areExceededBy(info) && matches(sample, info, subscription.filter);
+}
+
+template <class T, class ST>
+template <class MakeData>
+void SubscriptionManager<T, ST>::tell(SubscriptionInfo& subscription, const internal::dds::SampleInfo& info,
+                                      MakeData makeData)
+{
     const DdsDataEvent<T> event(internal::toSeconds(info.source_timestamp), true, makeData(),
                                 subscription.filter.instanceState(), internal::deduceInstanceEvent(info));
-    subscription.callback(owner_, event);
+    subscription.function(owner_, event);
+}
+
+template <class T, class ST>
+template <class Turn, class Info, class Run>
+void SubscriptionManager<T, ST>::call(Turn& turn, Info& record, Run run)
+{
+    struct Call {
+        Turn& turn;
+        Info& record;
+        const bool mayRun = turn.beginCall(record);
+
+        ~Call()
+        {
+            if (mayRun && record.ended) {
+                record.function = nullptr; // by the one who has just called it, as it has ended itself
+            }
+            turn.endCall();
+        }
+    };
+
+    const Call call{turn, record};
+    if (call.mayRun) {
+        run();
+    }
+}
+
+template <class T, class ST>
+template <class Run>
+void SubscriptionManager<T, ST>::guarded(Run run)
+{
+    if (!logsExceptions_) {
+        run();
+        return;
+    }
+    try {
+        run();
+    } catch (...) {
+        ++loggedExceptions_;
+        internal::recordCallbackFailure(logger_, topicName_);
+    }
 }
 
 } // namespace ovra::plex::ps

@@ -37,6 +37,12 @@ PLEX_EXPORT void recordWarning(const log4cplus::Logger& logger, const char* text
 
 PLEX_EXPORT void recordDebug(const log4cplus::Logger& logger, const char* text);
 
+/// Logs at ERROR the exception being handled, which has left an asynchronous callback.
+PLEX_EXPORT void recordCallbackFailure(const log4cplus::Logger& logger, const std::string& topic);
+
+/// What the exception being handled says.
+PLEX_EXPORT std::string currentExceptionText();
+
 /// Logs at TRACE that an entity ("Publisher", …) was created.
 PLEX_EXPORT void recordCreated(const log4cplus::Logger& logger, const char* entity, const Uri& uri);
 

@@ -75,6 +75,9 @@ public:
 
     const DataEventFilter<T>& original() const { return filter_; }
 
+    /// The instance that it names; none also on a type without a key.
+    const std::optional<fastdds::InstanceHandle_t>& instance() const { return handle_; }
+
     /// Whether a sample is of an instance that is wanted, in a state that is. On a type without a key a
     /// filter that names an instance wants none.
     bool wantsInstance(const dds::SampleInfo& info) const

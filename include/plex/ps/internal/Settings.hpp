@@ -22,6 +22,18 @@ PLEX_EXPORT std::int64_t waitForAckTimeoutMs(const Plex::Properties& properties)
 PLEX_EXPORT std::optional<fastdds::DataRepresentationId>
 dataRepresentation(const Plex::Properties& properties);
 
+/// Where the asynchronous callbacks of a subscriber run.
+enum class CallbacksOn { Transport, OwnThread };
+
+/// What property "dds.callback.thread" says, "transport" where it is absent.
+/// @throws PlexException naming the property, its value and the allowed ones.
+PLEX_EXPORT CallbacksOn callbacksOn(const Plex::Properties& properties);
+
+/// Whether exceptions of asynchronous callbacks are logged instead of passed on: property
+/// "dds.callback.exceptions" says "log" then, and "pass" where it is absent.
+/// @throws PlexException naming the property, its value and the allowed ones.
+PLEX_EXPORT bool logsCallbackExceptions(const Plex::Properties& properties);
+
 /// Lets a writer offer the representation asked for, if any.
 PLEX_EXPORT void setRepresentation(eprosima::fastdds::dds::DataWriterQos& qos,
                                    std::optional<fastdds::DataRepresentationId> asked);

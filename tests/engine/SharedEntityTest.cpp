@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <plex/ps/internal/SharedReader.hpp>
+#include <plex/ps/internal/SharedEntity.hpp>
 
 #include <gtest/gtest.h>
 
@@ -15,14 +15,14 @@ namespace plex::test
 using ovra::plex::ps::internal::SharedReader;
 namespace dds = eprosima::fastdds::dds;
 
-class SharedReaderTest : public testing::Test
+class SharedEntityTest : public testing::Test
 {
 protected:
     /// No reader at all, but its end is seen.
     std::shared_ptr<dds::DataReader> reader()
     {
         const std::shared_ptr<void> end(this, [](void* test) {
-            auto* const self = static_cast<SharedReaderTest*>(test);
+            auto* const self = static_cast<SharedEntityTest*>(test);
             EXPECT_EQ(self->usesGoingOn, 0);
             ++self->ends;
         });
@@ -34,7 +34,7 @@ protected:
     SharedReader shared;
 };
 
-TEST_F(SharedReaderTest, IsNotUsedBeforeItIsSet)
+TEST_F(SharedEntityTest, IsNotUsedBeforeItIsSet)
 {
     EXPECT_FALSE(shared.use());
     shared.set(reader());
@@ -42,7 +42,7 @@ TEST_F(SharedReaderTest, IsNotUsedBeforeItIsSet)
     EXPECT_EQ(ends, 0);
 }
 
-TEST_F(SharedReaderTest, IsNotUsedOnceClosed)
+TEST_F(SharedEntityTest, IsNotUsedOnceClosed)
 {
     shared.set(reader());
     const auto before = shared.use();
@@ -51,7 +51,7 @@ TEST_F(SharedReaderTest, IsNotUsedOnceClosed)
     EXPECT_TRUE(before);
 }
 
-TEST_F(SharedReaderTest, ClosingEndsAnUnusedReader)
+TEST_F(SharedEntityTest, ClosingEndsAnUnusedReader)
 {
     shared.set(reader());
     shared.use().end();
@@ -61,7 +61,7 @@ TEST_F(SharedReaderTest, ClosingEndsAnUnusedReader)
     EXPECT_EQ(ends, 1);
 }
 
-TEST_F(SharedReaderTest, LastUseEndsAClosedReader)
+TEST_F(SharedEntityTest, LastUseEndsAClosedReader)
 {
     shared.set(reader());
     auto first = shared.use();
@@ -75,7 +75,7 @@ TEST_F(SharedReaderTest, LastUseEndsAClosedReader)
     EXPECT_EQ(ends, 1);
 }
 
-TEST_F(SharedReaderTest, UseMayBeHandedOn)
+TEST_F(SharedEntityTest, UseMayBeHandedOn)
 {
     shared.set(reader());
     {
@@ -91,7 +91,7 @@ TEST_F(SharedReaderTest, UseMayBeHandedOn)
     EXPECT_EQ(ends, 1);
 }
 
-TEST_F(SharedReaderTest, EndsOnceAndAfterAllUsesOfManyThreads)
+TEST_F(SharedEntityTest, EndsOnceAndAfterAllUsesOfManyThreads)
 {
     constexpr int rounds = 300;
     for (int round = 0; round < rounds; ++round) {

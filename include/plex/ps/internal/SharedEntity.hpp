@@ -11,14 +11,15 @@
 namespace ovra::plex::ps::internal
 {
 
-/// A data reader that may be closed while others use it: it is given up when it is closed and the last use is
+/// A DDS entity that may be closed while others use it: it is given up when it is closed and the last use is
 /// over.
 ///
 /// Threads: any, but for set(). A use costs two atomic operations; an atomic shared pointer costs four.
-class SharedReader
+template <class Entity>
+class SharedEntity
 {
 public:
-    /// Keeps the reader until it ends; must not outlive the shared reader.
+    /// Keeps the entity until it ends; must not outlive the shared entity.
     class Use
     {
     public:
@@ -30,10 +31,12 @@ public:
 
         ~Use() { end(); }
 
-        /// Whether there is a reader: it was set, not yet closed, and the use has not ended.
+        /// Whether there is an entity: it was set, not yet closed, and the use has not ended.
         explicit operator bool() const { return shared_ != nullptr; }
 
-        dds::DataReader& operator*() const { return *shared_->reader_; }
+        Entity& operator*() const { return *shared_->entity_; }
+
+        Entity* operator->() const { return shared_->entity_.get(); }
 
         void end()
         {
@@ -43,32 +46,32 @@ public:
         }
 
     private:
-        friend class SharedReader;
+        friend class SharedEntity;
 
-        explicit Use(SharedReader* shared) : shared_(shared) {}
+        explicit Use(SharedEntity* shared) : shared_(shared) {}
 
-        SharedReader* shared_;
+        SharedEntity* shared_;
     };
 
-    SharedReader() = default;
-    SharedReader(const SharedReader&) = delete;
-    SharedReader& operator=(const SharedReader&) = delete;
-    ~SharedReader() = default;
+    SharedEntity() = default;
+    SharedEntity(const SharedEntity&) = delete;
+    SharedEntity& operator=(const SharedEntity&) = delete;
+    ~SharedEntity() = default;
 
     /// To be called once, before anything else and by one thread.
-    void set(std::shared_ptr<dds::DataReader> reader)
+    void set(std::shared_ptr<Entity> entity)
     {
-        reader_ = std::move(reader);
+        entity_ = std::move(entity);
         state_.store(0, std::memory_order_release);
     }
 
     Use use() { return Use(enter() ? this : nullptr); }
 
-    /// Lets no further use begin, and gives the reader up unless a use goes on. Again is harmless.
+    /// Lets no further use begin, and gives the entity up unless a use goes on. Again is harmless.
     void close()
     {
         if (state_.fetch_or(closed, std::memory_order_acq_rel) == 0) {
-            reader_.reset();
+            entity_.reset();
         }
     }
 
@@ -91,12 +94,15 @@ private:
     void leave()
     {
         if (state_.fetch_sub(oneUse, std::memory_order_acq_rel) == oneUse + closed) {
-            reader_.reset();
+            entity_.reset();
         }
     }
 
-    std::shared_ptr<dds::DataReader> reader_;
+    std::shared_ptr<Entity> entity_;
     std::atomic<std::uint32_t> state_ = closed; ///< the number of uses, times two, and whether it is closed
 };
+
+using SharedReader = SharedEntity<dds::DataReader>;
+using SharedWriter = SharedEntity<dds::DataWriter>;
 
 } // namespace ovra::plex::ps::internal
