@@ -61,8 +61,9 @@ private:
 class BindingStack final : public Stack
 {
 public:
-    explicit BindingStack(const StackSettings& settings)
+    BindingStack(const StackSettings& settings, const std::string& callbackThread)
         : domain_(settings.domain)
+        , callbacks_{{"dds.callback.thread", callbackThread}}
         , plex_(ovra::plex::Plex::create(settings.profiles.properties(settings.profileFile)))
     {
     }
@@ -74,7 +75,8 @@ public:
 
     std::unique_ptr<Receiver> receiver(const std::string& topic, Receiver::Handler handler) override
     {
-        return std::make_unique<BindingReceiver>(plex_->createSubscriber<AltAz>(uri(topic)), handler);
+        return std::make_unique<BindingReceiver>(plex_->createSubscriber<AltAz>(uri(topic), {}, callbacks_),
+                                                 handler);
     }
 
 private:
@@ -84,6 +86,7 @@ private:
     }
 
     const unsigned domain_;
+    const ovra::plex::Plex::Properties callbacks_;
     const std::shared_ptr<ovra::plex::Plex> plex_;
 };
 
@@ -91,7 +94,12 @@ private:
 
 std::unique_ptr<Stack> makeBindingStack(const StackSettings& settings)
 {
-    return std::make_unique<BindingStack>(settings);
+    return std::make_unique<BindingStack>(settings, "transport");
+}
+
+std::unique_ptr<Stack> makeBindingStackWithOwnThread(const StackSettings& settings)
+{
+    return std::make_unique<BindingStack>(settings, "own");
 }
 
 } // namespace plex::bench

@@ -65,6 +65,10 @@ public:
 };
 
 std::unique_ptr<Stack> makeBindingStack(const StackSettings& settings);
+
+/// As the one above, but callbacks run on a thread of the participant's own.
+std::unique_ptr<Stack> makeBindingStackWithOwnThread(const StackSettings& settings);
+
 std::unique_ptr<Stack> makeBareStack(const StackSettings& settings);
 std::unique_ptr<Stack> makeCycloneStack(const StackSettings& settings);
 std::unique_ptr<Stack> makeZeroMqStack(const StackSettings& settings);

@@ -255,9 +255,8 @@ private:
 /// How the stacks are made, by their names.
 std::map<std::string, std::function<std::unique_ptr<Stack>(const StackSettings&)>> stackKinds()
 {
-    return {{"binding", makeBindingStack},
-            {"bare", makeBareStack},
-            {"bare2", makeBareStack}, // to compare bare with bare
+    return {{"binding", makeBindingStack}, {"own-thread", makeBindingStackWithOwnThread},
+            {"bare", makeBareStack},       {"bare2", makeBareStack}, // to compare bare with bare
 #ifdef PLEX_BENCH_CYCLONE
             {"cyclone", makeCycloneStack},
 #endif

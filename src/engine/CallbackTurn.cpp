@@ -51,7 +51,7 @@ class TakenTurns
 public:
     static TakenTurns& ofThread()
     {
-        thread_local TakenTurns turns;
+        static thread_local TakenTurns turns;
         return turns;
     }
 
@@ -132,6 +132,22 @@ private:
     std::vector<Other> others_;
 };
 
+namespace
+{
+
+/// Serves where DDS holds locks.
+void serveOnDdsThread(TakenTurns& turns)
+{
+    CallbackThread& thread = CallbackThread::current();
+    const bool before = std::exchange(thread.onDdsThread, true);
+    FirstException exceptions;
+    turns.serve(exceptions);
+    thread.onDdsThread = before;
+    exceptions.rethrow();
+}
+
+} // namespace
+
 CallbackTurn::~CallbackTurn() = default;
 
 void CallbackTurn::startServing(std::shared_ptr<DispatchThread> thread)
@@ -158,7 +174,7 @@ void CallbackTurn::dataArrived()
         handOver();
         return;
     }
-    CallbackThread& thread = CallbackThread::current();
+    const CallbackThread& thread = CallbackThread::current();
     auto& turns = TakenTurns::ofThread();
     if (thread.dispatching > 0) {
         turns.addLater(shared_from_this());
@@ -169,7 +185,7 @@ void CallbackTurn::dataArrived()
     } else {
         turns.add(*this);
         if (thread.publishing == 0) {
-            serveOnDdsThread();
+            serveOnDdsThread(turns);
         }
     }
 }
@@ -180,16 +196,6 @@ void CallbackTurn::handOver()
     if (thread_ && takeOrAskForMore()) {
         thread_->post(*this);
     }
-}
-
-void CallbackTurn::serveOnDdsThread()
-{
-    CallbackThread& thread = CallbackThread::current();
-    const bool before = std::exchange(thread.onDdsThread, true);
-    FirstException exceptions;
-    TakenTurns::ofThread().serve(exceptions);
-    thread.onDdsThread = before;
-    exceptions.rethrow();
 }
 
 void CallbackTurn::serveOnDispatchThread()

@@ -96,7 +96,6 @@ private:
     void serveOnDispatchThread();
     bool finishPass();
     void handOver();
-    void serveOnDdsThread();
 
     void wakeAwaiting()
     {
@@ -150,7 +149,7 @@ public:
     }
 
 private:
-    void serve();
+    static void serve();
     void serveAfterFailure() noexcept;
 
     CallbackThread& thread_;
