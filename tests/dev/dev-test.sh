@@ -220,6 +220,31 @@ RootIsMadeOnce() {
     expect 1 "$(wc -l <"$made")"
 }
 
+StressTakesPresetAndSeconds() {
+    mkdir -p -- "$project/tests/stress"
+    cp -- "$original/tests/stress/run-stress" "$project/tests/stress"
+    stand_in cmake <<<'exit 0'
+    stand_in c++ <<<'echo 14'
+    stand_in stress <<'TEXT'
+echo "$SANITIZED $*"
+exit 3
+TEXT
+    export PLEX_ENV=host
+    local preset
+    for preset in default tsan; do
+        mkdir -p -- "$project/build/$preset/bin" "$project/build/$preset/tests/stress"
+        ln -s "$work/bin/stress" "$project/build/$preset/bin"
+        printf 'SANITIZED=by %s\n\n' $preset >"$project/build/$preset/tests/stress/environment"
+    done
+    expect 'by default --seconds 60' "$(dev stress || true)"
+    expect 'by default --seconds 7 --seed 1' "$(dev stress 7 --seed 1 || true)"
+    expect 'by tsan --seconds 60' "$(dev stress tsan || true)"
+    expect 'by tsan --seconds 8 --only values' "$(dev stress tsan 8 --only values || true)"
+    local status=0
+    dev stress >"$work/log" || status=$?
+    expect 3 $status
+}
+
 SystemsAreNotMixedInABuild() {
     stand_in cmake <<<'exit 0'
     stand_in c++ <<<'echo 14'

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -45,11 +46,19 @@ public:
         step_ = std::move(step);
     }
 
+    /// Gives the whole time anew.
+    void restart() { restarted_ = true; }
+
 private:
     void watch(std::chrono::milliseconds deadline)
     {
         std::unique_lock lock(mutex_);
-        if (!changed_.wait_for(lock, deadline, [this] { return over_; })) {
+        bool over = false;
+        do {
+            restarted_ = false;
+            over = changed_.wait_for(lock, deadline, [this] { return over_; });
+        } while (!over && restarted_);
+        if (!over) {
             std::fprintf(stderr, "HANGS: %s\n", step_.c_str());
             _exit(exitCode);
         }
@@ -58,6 +67,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     bool over_ = false;
+    std::atomic<bool> restarted_ = false;
     std::string step_;
     std::thread thread_;
 };
