@@ -289,7 +289,9 @@ void closePublishersInUse(Run& run)
 {
     const auto plex = run.makePlex();
     const auto subscriber = plex->createSubscriber<AltAz>(run.uri());
-    const Watched watched(run, *subscriber, Kind::Callback, Filter(), [&](const AltAz&) { ++run.values; });
+    // Its last values may be called back for when it has gone, and their instance with it.
+    const Watched watched(run, *subscriber, Kind::Callback, Filter(InstanceState::Any),
+                          [&](const AltAz&) { ++run.values; });
     auto random = run.random(1);
     while (run.goesOn()) {
         const auto publisher = plex->createPublisher<AltAz>(run.uri());
