@@ -18,7 +18,7 @@ NamedType* findForward(Context& context, DeclarationTables& tables, const Token&
         return nullptr;
     }
     (*type)->location = name.place;
-    (*type)->included = name.place.file != 0;
+    (*type)->included = context.reporter.isIncluded(name.place);
     return *type;
 }
 
@@ -28,7 +28,7 @@ void declareType(Context& context, NamedType& type, const Token& name)
     type.location = name.place;
     type.module = context.module;
     type.scopedName = scopedNameIn(*context.module, type.name);
-    type.included = name.place.file != 0;
+    type.included = context.reporter.isIncluded(name.place);
     declare(context, context.scopes.of(*context.module), {&type, type.name, name.place});
 }
 
@@ -92,7 +92,7 @@ void readConstant(Context& context, const Beginning& beginning)
     beginning.annotations.applyTo(context, constant);
     constant.module = context.module;
     constant.scopedName = scopedNameIn(*context.module, constant.name);
-    constant.included = name.place.file != 0;
+    constant.included = context.reporter.isIncluded(name.place);
     constant.value = value ? std::move(*value) : Value(std::uint64_t{1}); // that it has none was reported
     const Symbol symbol{static_cast<const Constant*>(&constant), constant.name, name.place};
     if (declare(context, context.scopes.of(*context.module), symbol)) {

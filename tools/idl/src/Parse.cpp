@@ -31,7 +31,7 @@ void parseInto(ParseResult& result, Sources& sources, const ParseOptions& option
                             "\"" + definition + "\" is no definition: NAME or NAME=VALUE");
         }
     }
-    TokenCursor tokens(preprocessor.run(0), reporter);
+    TokenCursor tokens(preprocessor.run(), reporter);
     ModelBuilder builder;
     Context context{tokens, reporter, builder, options, {}, nullptr, {}, {}, 0};
     Parser(context).parse();
@@ -40,7 +40,7 @@ void parseInto(ParseResult& result, Sources& sources, const ParseOptions& option
     }
 }
 
-ParseResult parseFirst(Sources& sources, const ParseOptions& options)
+ParseResult parseNamed(Sources& sources, const ParseOptions& options)
 {
     ParseResult result;
     try {
@@ -55,20 +55,27 @@ ParseResult parseFirst(Sources& sources, const ParseOptions& options)
 
 ParseResult parseFile(const std::string& path, const ParseOptions& options)
 {
+    return parseFiles({path}, options);
+}
+
+ParseResult parseFiles(const std::vector<std::string>& paths, const ParseOptions& options)
+{
     Sources sources(options.readFile);
-    if (!sources.load(path)) {
-        ParseResult result;
-        addWithoutPlace(result.diagnostics, path, "cannot read the file");
-        return result;
+    ParseResult unreadable;
+    for (const std::string& path : paths) {
+        if (!sources.load(path)) {
+            addWithoutPlace(unreadable.diagnostics, path, "cannot read the file");
+        }
     }
-    return parseFirst(sources, options);
+    return unreadable.diagnostics.errors() == 0 && !paths.empty() ? parseNamed(sources, options)
+                                                                  : std::move(unreadable);
 }
 
 ParseResult parseText(const std::string& text, const std::string& name, const ParseOptions& options)
 {
     Sources sources(options.readFile);
     sources.add(name, text);
-    return parseFirst(sources, options);
+    return parseNamed(sources, options);
 }
 
 } // namespace ovra::plex::idl

@@ -90,14 +90,19 @@ bool Preprocessor::define(const std::string& definition)
     return true;
 }
 
-PreprocessedText Preprocessor::run(std::uint32_t file)
+PreprocessedText Preprocessor::run()
 {
+    named_ = sources_.count();
     try {
-        processFile(file);
+        for (std::uint32_t file = 0; file < named_; ++file) {
+            if (!tokens_.contains(file)) {
+                processFile(file);
+            }
+        }
     } catch (const Abandoned&) {
         groups_.clear(); // the error was reported
     }
-    result_.tokens.push_back(tokensOf(file).back());
+    result_.tokens.push_back(tokensOf(named_ - 1).back());
     return std::move(result_);
 }
 
@@ -337,7 +342,8 @@ std::optional<std::uint32_t> Preprocessor::find(const std::string& name, bool qu
         folders.push_back(fs::path(sources_[includer].path).parent_path());
     }
     for (const auto& folder : folders) {
-        if (const auto file = sources_.load((folder / name).lexically_normal().string())) {
+        if (const auto file =
+                sources_.load((folder / name).lexically_normal().string(), Sources::Role::Included)) {
             return file;
         }
     }
@@ -358,7 +364,8 @@ void Preprocessor::include(const Token& name, const Line& line)
                         "it is searched beside the including file and in the folders given with -I");
         return;
     }
-    if (sources_[*file].once) {
+    const bool isNamedAndDone = named_ > 1 && *file < named_ && tokens_.contains(*file);
+    if (sources_[*file].once || isNamedAndDone) {
         return;
     }
     if (includeDepth_ == deepestInclude || includes_ == mostIncludes) {

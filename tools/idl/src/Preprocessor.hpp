@@ -42,7 +42,9 @@ public:
     /// Defines "NAME" or "NAME=VALUE". @returns false where it is neither.
     bool define(const std::string& definition);
 
-    PreprocessedText run(std::uint32_t file);
+    /// The text of the files that were named, in their order, each once: what is also included by one before
+    /// it is not repeated.
+    PreprocessedText run();
 
 private:
     struct Macro {
@@ -93,6 +95,7 @@ private:
     std::unordered_map<std::uint32_t, std::vector<Token>> tokens_; ///< of files, as the lexer cut them
     std::vector<Group> groups_;
     PreprocessedText result_;
+    std::uint32_t named_ = 0;  ///< files, which come before those that are included
     std::size_t expanded_ = 0; ///< tokens that came from macros
     int macroDepth_ = 0;
     int includeDepth_ = 0;

@@ -26,6 +26,9 @@ public:
     void error(const Location& place, std::string message, std::string hint = {});
     void warn(const Location& place, std::string message, std::string hint = {});
 
+    /// Whether a place is in a file that was included, not named.
+    bool isIncluded(const Location& place) const { return sources_[place.file].included; }
+
     /// "file:line", for a hint that refers to another place.
     std::string name(const Location& place) const;
 

@@ -29,6 +29,12 @@ std::optional<std::string> readFromDisk(const std::string& path)
     return std::move(text).str();
 }
 
+std::string keyOf(const std::string& path)
+{
+    std::error_code failed;
+    return std::filesystem::absolute(path, failed).lexically_normal().string();
+}
+
 } // namespace
 
 std::string_view Source::line(std::uint32_t number) const
@@ -53,7 +59,7 @@ Sources::Sources(ParseOptions::FileReader readFile)
 {
 }
 
-std::uint32_t Sources::add(const std::string& path, std::string text)
+std::uint32_t Sources::add(const std::string& path, std::string text, Role role)
 {
     const auto index = static_cast<std::uint32_t>(sources_.size());
     if (text.starts_with(byteOrderMark)) {
@@ -62,18 +68,18 @@ std::uint32_t Sources::add(const std::string& path, std::string text)
     sources_.push_back(std::make_unique<Source>());
     sources_.back()->path = path;
     sources_.back()->text = std::move(text);
-    sources_.back()->included = index != 0;
-    indices_.emplace(path, index);
+    sources_.back()->included = role == Role::Included;
+    indices_.emplace(keyOf(path), index);
     return index;
 }
 
-std::optional<std::uint32_t> Sources::load(const std::string& path)
+std::optional<std::uint32_t> Sources::load(const std::string& path, Role role)
 {
-    if (const auto known = indices_.find(path); known != indices_.end()) {
+    if (const auto known = indices_.find(keyOf(path)); known != indices_.end()) {
         return known->second;
     }
     auto text = readFile_(path);
-    return text ? std::optional(add(path, std::move(*text))) : std::nullopt;
+    return text ? std::optional(add(path, std::move(*text), role)) : std::nullopt;
 }
 
 std::vector<SourceFile> Sources::files() const

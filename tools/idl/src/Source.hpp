@@ -34,11 +34,16 @@ class Sources
 public:
     explicit Sources(ParseOptions::FileReader readFile);
 
-    /// Takes a text as the next file. @returns its index.
-    std::uint32_t add(const std::string& path, std::string text);
+    enum class Role : bool { Named, Included };
 
-    /// Finds a file by its path, reading it where it was not read before. @returns its index, or nothing.
-    std::optional<std::uint32_t> load(const std::string& path);
+    /// Takes a text as the next file. @returns its index.
+    std::uint32_t add(const std::string& path, std::string text, Role role = Role::Named);
+
+    /// Finds a file by its path, reading it where it was not read before; however the path is written, it is
+    /// the same file. @param role of a file that is read now. @returns its index, or nothing.
+    std::optional<std::uint32_t> load(const std::string& path, Role role = Role::Named);
+
+    std::uint32_t count() const { return static_cast<std::uint32_t>(sources_.size()); }
 
     Source& operator[](std::uint32_t index) { return *sources_[index]; }
 
@@ -49,7 +54,7 @@ public:
 private:
     ParseOptions::FileReader readFile_;
     std::vector<std::unique_ptr<Source>> sources_;
-    std::map<std::string, std::uint32_t, std::less<>> indices_;
+    std::map<std::string, std::uint32_t> indices_; ///< by absolute paths
 };
 
 } // namespace ovra::plex::idl

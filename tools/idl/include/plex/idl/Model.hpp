@@ -302,7 +302,7 @@ public:
     Model& operator=(const Model&) = delete;
     ~Model();
 
-    std::vector<SourceFile> files; ///< the one that was named comes first
+    std::vector<SourceFile> files; ///< those that were named come first
     const Module* root = nullptr;
     /// In the order of the text: what a type contains by value comes before it.
     std::vector<const NamedType*> types;

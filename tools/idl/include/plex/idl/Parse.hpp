@@ -37,6 +37,10 @@ struct ParseResult {
 /// Reads a file and what it includes.
 ParseResult parseFile(const std::string& path, const ParseOptions& options = {});
 
+/// Reads files as one text, in their order and each once, whether another one of them includes it or not.
+/// There is nothing but an empty result for no file.
+ParseResult parseFiles(const std::vector<std::string>& paths, const ParseOptions& options = {});
+
 /// Reads a text. @param name what it is called in diagnostics; includes are searched in the folder of that
 /// file.
 ParseResult parseText(const std::string& text, const std::string& name, const ParseOptions& options = {});
