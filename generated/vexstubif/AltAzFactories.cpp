@@ -4,36 +4,36 @@
 
 #include <plex/ps/Factories.hpp>
 
-using Interface = vexstubif::AltAz;
-using Adapter = generated::ddsimpl::vexstubif::AltAz;
-
 namespace ps = ovra::plex::ps;
 
-ps::Publisher<Interface>*
+ps::Publisher<vexstubif::AltAz>*
 generated_dds_Publisher_vexstubif_AltAz(const std::shared_ptr<ovra::plex::Plex>& plex,
                                         const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
                                         const ovra::plex::Plex::Properties& properties)
 {
-    return ps::createDdsPublisher<Interface, Adapter>(plex, uri, qos, properties);
+    return ps::createDdsPublisher<vexstubif::AltAz, generated::ddsimpl::vexstubif::AltAz>(plex, uri, qos,
+                                                                                          properties);
 }
 
-ps::Subscriber<Interface>*
+ps::Subscriber<vexstubif::AltAz>*
 generated_dds_Subscriber_vexstubif_AltAz(const std::shared_ptr<ovra::plex::Plex>& plex,
                                          const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
                                          const ovra::plex::Plex::Properties& properties)
 {
-    return ps::createDdsSubscriber<Interface, Adapter>(plex, uri, qos, properties);
+    return ps::createDdsSubscriber<vexstubif::AltAz, generated::ddsimpl::vexstubif::AltAz>(plex, uri, qos,
+                                                                                           properties);
 }
 
-ps::MrvSubscriber<Interface>*
+ps::MrvSubscriber<vexstubif::AltAz>*
 generated_dds_MrvSubscriber_vexstubif_AltAz(const std::shared_ptr<ovra::plex::Plex>& plex,
                                             const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
                                             const ovra::plex::Plex::Properties& properties)
 {
-    return ps::createDdsMrvSubscriber<Interface, Adapter>(plex, uri, qos, properties);
+    return ps::createDdsMrvSubscriber<vexstubif::AltAz, generated::ddsimpl::vexstubif::AltAz>(plex, uri, qos,
+                                                                                              properties);
 }
 
-Interface* generated_dds_DataEntity_vexstubif_AltAz()
+vexstubif::AltAz* generated_dds_DataEntity_vexstubif_AltAz()
 {
-    return new Adapter();
+    return new generated::ddsimpl::vexstubif::AltAz();
 }

@@ -4,36 +4,38 @@
 
 #include <plex/ps/Factories.hpp>
 
-using Interface = vexstubif::DomeTemperature;
-using Adapter = generated::ddsimpl::vexstubif::DomeTemperature;
-
 namespace ps = ovra::plex::ps;
 
-ps::Publisher<Interface>*
+ps::Publisher<vexstubif::DomeTemperature>*
 generated_dds_Publisher_vexstubif_DomeTemperature(const std::shared_ptr<ovra::plex::Plex>& plex,
                                                   const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
                                                   const ovra::plex::Plex::Properties& properties)
 {
-    return ps::createDdsPublisher<Interface, Adapter>(plex, uri, qos, properties);
+    return ps::createDdsPublisher<vexstubif::DomeTemperature, generated::ddsimpl::vexstubif::DomeTemperature>(
+        plex, uri, qos, properties);
 }
 
-ps::Subscriber<Interface>*
+ps::Subscriber<vexstubif::DomeTemperature>*
 generated_dds_Subscriber_vexstubif_DomeTemperature(const std::shared_ptr<ovra::plex::Plex>& plex,
                                                    const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
                                                    const ovra::plex::Plex::Properties& properties)
 {
-    return ps::createDdsSubscriber<Interface, Adapter>(plex, uri, qos, properties);
+    return ps::createDdsSubscriber<vexstubif::DomeTemperature,
+                                   generated::ddsimpl::vexstubif::DomeTemperature>(plex, uri, qos,
+                                                                                   properties);
 }
 
-ps::MrvSubscriber<Interface>*
+ps::MrvSubscriber<vexstubif::DomeTemperature>*
 generated_dds_MrvSubscriber_vexstubif_DomeTemperature(const std::shared_ptr<ovra::plex::Plex>& plex,
                                                       const ovra::plex::Uri& uri, const ps::qos::QoSList& qos,
                                                       const ovra::plex::Plex::Properties& properties)
 {
-    return ps::createDdsMrvSubscriber<Interface, Adapter>(plex, uri, qos, properties);
+    return ps::createDdsMrvSubscriber<vexstubif::DomeTemperature,
+                                      generated::ddsimpl::vexstubif::DomeTemperature>(plex, uri, qos,
+                                                                                      properties);
 }
 
-Interface* generated_dds_DataEntity_vexstubif_DomeTemperature()
+vexstubif::DomeTemperature* generated_dds_DataEntity_vexstubif_DomeTemperature()
 {
-    return new Adapter();
+    return new generated::ddsimpl::vexstubif::DomeTemperature();
 }

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+
 namespace plex::test
 {
 
@@ -16,9 +18,26 @@ using testing::StartsWith;
 class Program : public testing::Test
 {
 protected:
+    static constexpr const char* definition = "module m { struct A { long a; }; };";
+
     std::string write(const std::string& name, const std::string& text) const
     {
         return work_.write(name, text);
+    }
+
+    fs::path work() const { return work_.path(); }
+
+    /// What is below a folder, as paths relative to it.
+    static std::vector<std::string> filesIn(const fs::path& folder)
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+            if (!entry.is_directory()) {
+                names.push_back(entry.path().lexically_relative(folder));
+            }
+        }
+        std::ranges::sort(names);
+        return names;
     }
 
 private:
@@ -137,6 +156,80 @@ TEST_F(Program, RefusesNamesLikeKeywordsWhereAsked)
     const std::string file = write("a.idl", "module m { struct S { long String; }; };");
     EXPECT_EQ(plexIdl({file, "--check"}).exitCode, 0);
     EXPECT_EQ(plexIdl({file, "--check", "--strict-case"}).exitCode, 1);
+}
+
+TEST_F(Program, WritesTheSourceFilesOfATopic)
+{
+    const fs::path output = work() / "new/folder";
+    const Outcome outcome = plexIdl({write("a.idl", definition), "-o", output});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output + outcome.errors, "");
+    EXPECT_EQ(filesIn(output),
+              (std::vector<std::string>{"dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp",
+                                        "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/AFactories.cpp",
+                                        "dds/APubSubType.cpp", "dds/APubSubType.hpp", "dds/Factories.hpp",
+                                        "dds/shard0.cpp", "include/m/A.hpp", "src/A.cpp", "src/shard0.cpp"}));
+}
+
+TEST_F(Program, LeavesAFileThatDoesNotChangeAsItIs)
+{
+    const fs::path output = work() / "output";
+    const fs::path kept = output / "include/m/A.hpp";
+    const fs::path changed = output / "dds/A.hpp";
+    ASSERT_EQ(plexIdl({write("a.idl", definition), "-o", output}).exitCode, 0);
+    const auto past = fs::last_write_time(kept) - std::chrono::hours(1);
+    fs::last_write_time(kept, past);
+    write("output/dds/A.hpp", "something else");
+    ASSERT_EQ(plexIdl({work() / "a.idl", "-o", output}).exitCode, 0);
+    EXPECT_EQ(fs::last_write_time(kept), past);
+    EXPECT_THAT(textOf(changed), HasSubstr("class PLEX_EXPORT A"));
+}
+
+TEST_F(Program, WritesNothingWhereSomethingIsWrong)
+{
+    const fs::path output = work() / "output";
+    const std::string text = "module m { struct A { long wind_speed; long windSpeed; }; };";
+    const std::string file = write("a.idl", text);
+    const Outcome outcome = plexIdl({file, "-o", output});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors, file +
+                                  ":1:45: error: \"windSpeed\" and \"wind_speed\" would both be read with "
+                                  "getWindSpeed()\n" +
+                                  text + "\n" + std::string(44, ' ') + "^\nhint: rename one of them\n");
+    EXPECT_FALSE(fs::exists(output));
+}
+
+TEST_F(Program, WritesNothingWhereItOnlyChecks)
+{
+    const fs::path output = work() / "output";
+    EXPECT_EQ(plexIdl({write("a.idl", definition), "-o", output, "--check"}).exitCode, 0);
+    EXPECT_FALSE(fs::exists(output));
+}
+
+TEST_F(Program, ChangesNothingWhereAFileCanNotBeWritten)
+{
+    const fs::path output = work() / "output";
+    fs::create_directories(output / "dds/A.hpp");
+    write("output/include/m/A.hpp", "as it was");
+    const Outcome outcome = plexIdl({write("a.idl", definition), "-o", output});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors,
+              "plex-idl: error: cannot write " + (output / "dds/A.hpp").string() + ", which is a folder\n");
+    EXPECT_EQ(filesIn(output), std::vector<std::string>{"include/m/A.hpp"});
+    EXPECT_EQ(textOf(output / "include/m/A.hpp"), "as it was");
+}
+
+TEST_F(Program, SaysWhichFilesItRead)
+{
+    const std::string part = write("part of it.idl", "module m { struct Part { long a; }; };");
+    const std::string whole =
+        write("whole.idl", "#include \"part of it.idl\"\nmodule m { struct A { long a; }; };");
+    const std::string folder = work();
+    const fs::path depfile = work() / "d/whole.d";
+    ASSERT_EQ(plexIdl({whole, "-o", folder + "/out", "--depfile", depfile, "--shards", "2"}).exitCode, 0);
+    EXPECT_EQ(textOf(depfile), folder + "/out/dds/shard0.cpp " + folder + "/out/dds/shard1.cpp " + folder +
+                                   "/out/src/shard0.cpp: \\\n  " + whole + " \\\n  " + folder +
+                                   "/part\\ of\\ it.idl\n");
 }
 
 } // namespace

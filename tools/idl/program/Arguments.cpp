@@ -11,18 +11,21 @@ namespace ovra::plex::idl
 namespace
 {
 
-/// An option that is one of some words, each of which stands for a value.
-template <class T>
-void addWords(CLI::App& app, const std::string& name, T& value, const std::map<std::string, T>& words,
-              const std::string& help)
-{
-    const auto assign = [&value, words](const std::string& word) {
-        value = words.at(word);
-    };
-    app.add_option_function<std::string>(name, assign, help)->check(CLI::IsMember(words))->type_name("WORD");
-}
+const std::map<std::string, Extensibility> extensibilities{{"final", Extensibility::Final},
+                                                           {"appendable", Extensibility::Appendable},
+                                                           {"mutable", Extensibility::Mutable}};
 
-void addReading(CLI::App& app, Arguments& arguments)
+const std::map<std::string, TopicSelection> selections{{"auto", TopicSelection::Automatic},
+                                                       {"annotated", TopicSelection::Annotated},
+                                                       {"all", TopicSelection::All}};
+
+/// Options that are words, before they are looked up.
+struct Words {
+    std::string extensibility = "appendable";
+    std::string topics = "auto";
+};
+
+void addReading(CLI::App& app, Arguments& arguments, Words& words)
 {
     ParseOptions& parsing = arguments.parsing;
     app.add_option("FILE", arguments.files, "The definitions")->required();
@@ -32,12 +35,10 @@ void addReading(CLI::App& app, Arguments& arguments)
     app.add_option("-D", parsing.definitions, "Define a macro")
         ->type_name("NAME[=VALUE]")
         ->allow_extra_args(false);
-    addWords<Extensibility>(
-        app, "--extensibility", parsing.extensibility,
-        {{"final", Extensibility::Final},
-         {"appendable", Extensibility::Appendable},
-         {"mutable", Extensibility::Mutable}},
-        "Of types that say nothing: final, appendable (unless said otherwise) or mutable");
+    app.add_option("--extensibility", words.extensibility, "Of types that say nothing")
+        ->check(CLI::IsMember(extensibilities))
+        ->type_name("WORD")
+        ->capture_default_str();
     app.add_flag("--strict-case", parsing.strictCase,
                  "Refuse names that only their case tells from a keyword");
     app.add_option("-W", arguments.warnings, "Take warnings for errors: -Werror")
@@ -45,15 +46,31 @@ void addReading(CLI::App& app, Arguments& arguments)
         ->type_name("error");
 }
 
-void addActions(CLI::App& app, Arguments& arguments)
+void addWriting(CLI::App& app, Arguments& arguments)
 {
-    addWords<TopicSelection>(
-        app, "--topics", arguments.topics,
-        {{"auto", TopicSelection::Automatic},
-         {"annotated", TopicSelection::Annotated},
-         {"all", TopicSelection::All}},
-        "Which structs are topics: annotated, all, or auto (unless said otherwise), that is those "
-        "annotated @topic, or where none is, those that no other type holds or extends");
+    GenerateOptions& generation = arguments.generation;
+    app.add_option("-o", arguments.output, "Write below this folder, which is made")
+        ->type_name("DIRECTORY")
+        ->capture_default_str();
+    app.add_option("--type-name", generation.typeName, "The name of a topic's type in DDS")
+        ->type_name("PATTERN")
+        ->capture_default_str();
+    app.add_option("--shards", generation.shards, "Over how many source files the compiler's work is spread")
+        ->check(CLI::Range(1U, 1000U))
+        ->capture_default_str();
+    app.add_option("--depfile", arguments.depfile, "Write which files were read, as a rule for make")
+        ->type_name("FILE");
+}
+
+void addActions(CLI::App& app, Arguments& arguments, Words& words)
+{
+    app.add_option(
+           "--topics", words.topics,
+           "Which structs are topics: annotated, all, or auto, that is those annotated @topic, or where "
+           "none is, those that no other type holds or extends")
+        ->check(CLI::IsMember(selections))
+        ->type_name("WORD")
+        ->capture_default_str();
     auto* const list =
         app.add_flag("--list", arguments.list, "Say of each struct whether it is a topic, and why");
     auto* const check = app.add_flag("--check", arguments.check, "Say what is wrong, and write nothing");
@@ -69,12 +86,16 @@ void addActions(CLI::App& app, Arguments& arguments)
 std::optional<Arguments> readArguments(int argc, const char* const* argv, int& exitCode)
 {
     Arguments arguments;
+    Words words;
     CLI::App app("Turns interface definitions into a module", "plex-idl");
     app.set_version_flag("--version", "plex-idl " PLEX_VERSION);
-    addReading(app, arguments);
-    addActions(app, arguments);
+    addReading(app, arguments, words);
+    addWriting(app, arguments);
+    addActions(app, arguments, words);
     try {
         app.parse(argc, argv);
+        arguments.parsing.extensibility = extensibilities.at(words.extensibility);
+        arguments.generation.topics = selections.at(words.topics);
         return arguments;
     } catch (const CLI::ParseError& error) {
         exitCode = app.exit(error) == 0 ? 0 : 1;

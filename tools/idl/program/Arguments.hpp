@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <plex/idl/Generate.hpp>
 #include <plex/idl/Parse.hpp>
 #include <plex/idl/Topics.hpp>
 
@@ -15,11 +16,13 @@ namespace ovra::plex::idl
 struct Arguments {
     std::vector<std::string> files; ///< at least one
     ParseOptions parsing;
-    TopicSelection topics = TopicSelection::Automatic;
-    bool list = false;    ///< say which structs are topics
-    bool check = false;   ///< say what is wrong, and nothing else
-    std::string dump;     ///< in which form to write the model; empty: not at all
-    std::string warnings; ///< "error": they are errors
+    GenerateOptions generation;
+    std::string output = "."; ///< the folder in which files are written
+    std::string depfile;      ///< where to say what was read; empty: nowhere
+    bool list = false;        ///< say which structs are topics
+    bool check = false;       ///< say what is wrong, and nothing else
+    std::string dump;         ///< in which form to write the model; empty: not at all
+    std::string warnings;     ///< "error": they are errors
 };
 
 /// Reads a command line. CLI11 stays in the source file.

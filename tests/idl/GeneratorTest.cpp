@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Idl.hpp"
+
+#include <plex/idl/Generate.hpp>
+
+#include <generator/Names.hpp>
+#include <generator/Template.hpp>
+
+namespace plex::test
+{
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+/// The text of a file that is generated from a definition.
+std::string generated(const std::string& path, const std::string& definition,
+                      const GenerateOptions& options = {})
+{
+    const Model model = modelOf(definition);
+    const Generation generation = generate(model, options);
+    EXPECT_EQ(toString(generation.diagnostics), "");
+    for (const GeneratedFile& file : generation.files) {
+        if (file.path == path) {
+            return file.text;
+        }
+    }
+    return "there is no such file";
+}
+
+/// What hinders that something is generated, as "line:column: message".
+std::vector<std::string> refusals(const std::string& definition)
+{
+    const Model model = modelOf(definition);
+    const Generation generation = generate(model);
+    EXPECT_TRUE(generation.files.empty());
+    std::vector<std::string> messages;
+    for (const Diagnostic& diagnostic : generation.diagnostics.all()) {
+        messages.push_back(std::to_string(diagnostic.line) + ":" + std::to_string(diagnostic.column) + ": " +
+                           diagnostic.message);
+    }
+    return messages;
+}
+
+TEST(GeneratedNames, AreThoseOfTheDefinition)
+{
+    EXPECT_EQ(accessorName("alt"), "Alt");
+    EXPECT_EQ(accessorName("windSpeed"), "WindSpeed");
+    EXPECT_EQ(accessorName("wind_speed"), "WindSpeed");
+    EXPECT_EQ(accessorName("Wind__speed2"), "WindSpeed2");
+    EXPECT_EQ(accessorName("class_"), "Class_");
+    EXPECT_EQ(accessorName("X"), "X");
+}
+
+TEST(GeneratedNames, AvoidKeywordsAndMacros)
+{
+    EXPECT_EQ(cppName("alt"), "alt");
+    EXPECT_EQ(cppName("class"), "class_");
+    EXPECT_EQ(cppName("errno"), "errno_");
+    EXPECT_EQ(namespaceName("std"), "std_");
+    EXPECT_EQ(namespaceName("dome"), "dome");
+}
+
+TEST(GeneratedNames, GetAnUnderscoreWhereTheyAreTaken)
+{
+    NameScope names{"taken"};
+    EXPECT_EQ(names.take("taken"), "taken_");
+    EXPECT_EQ(names.take("taken"), "taken__");
+    EXPECT_EQ(names.take("free"), "free");
+}
+
+TEST(Template, ReplacesWhatStandsBetweenMarks)
+{
+    EXPECT_EQ(filled("@a@ and @b@@a@", {{"a", "1"}, {"b", "@a@"}}), "1 and @a@1");
+    EXPECT_EQ(filled("@throws nothing @", {}), "@throws nothing @");
+    EXPECT_THROW(filled("@a@", {}), std::logic_error);
+}
+
+TEST(Comment, IsWrappedAndKeepsLinesApart)
+{
+    EXPECT_EQ(comment(""), "");
+    EXPECT_EQ(comment("one\n\ntwo"), "/// one\n///\n/// two\n");
+    EXPECT_EQ(comment("one", 4), "    /// one\n");
+    const std::string word(60, 'x');
+    EXPECT_EQ(comment(word + " " + word), "/// " + word + "\n/// " + word + "\n");
+    const std::string longWord(200, 'x');
+    EXPECT_EQ(comment("a " + longWord + " b"), "/// a\n/// " + longWord + "\n/// b\n");
+}
+
+TEST(Comment, DoesNotContinueOnTheNextLine)
+{
+    EXPECT_EQ(comment("a path: C:\\\n\\"), "/// a path: C:\n///\n");
+}
+
+TEST(GeneratedValueType, HasASlotForReadingAndOneForWritingAMember)
+{
+    const std::string text = generated("include/m/T.hpp", R"(
+module m {
+  /// A thing.
+  struct T { boolean b; octet o; char c; int8 i; long long l; unsigned long u; float f; @key short wind_speed; };
+};)");
+    EXPECT_THAT(text, HasSubstr("virtual bool getB() const = 0;\n    virtual void setB(bool b) = 0;\n"));
+    EXPECT_THAT(text, HasSubstr("virtual std::uint8_t getO() const = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual void setC(char c) = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual std::int8_t getI() const = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual std::int64_t getL() const = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual std::uint32_t getU() const = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual float getF() const = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual void setWindSpeed(std::int16_t wind_speed) = 0;"));
+    EXPECT_THAT(text, HasSubstr("/// A thing.\n/// The key is made of wind_speed.\nclass"));
+    EXPECT_THAT(text, HasSubstr("#include <cstdint>\n"));
+}
+
+TEST(GeneratedDocumentation, SaysUnitRangeKeyAndDefault)
+{
+    const std::string text = generated("include/m/T.hpp", R"(
+module m { struct T {
+    @unit("deg") @min(-90.0) @max(90.0) double alt; ///< altitude
+    @key @unit("deg") @range(min = 0.0, max = 360.0) @default(180.0) double az;
+    @min(3) long low;
+    long none;
+    /// By default it is 5.
+    @default(5) long own;
+}; };)");
+    EXPECT_THAT(text, HasSubstr("    /// altitude\n    /// In deg; from -90.0 to 90.0; default 0.\n"));
+    EXPECT_THAT(text, HasSubstr("    /// Key; in deg; from 0.0 to 360.0; default 180.0.\n"));
+    EXPECT_THAT(text, HasSubstr("    /// At least 3; default 0.\n"));
+    EXPECT_THAT(text, HasSubstr("    /// Default 0.\n    virtual std::int32_t getNone"));
+    EXPECT_THAT(text, HasSubstr("    /// By default it is 5.\n    virtual std::int32_t getOwn"));
+}
+
+TEST(GeneratedWireType, StartsWithTheDefaults)
+{
+    const std::string text = generated("dds/T.hpp", R"(
+module m { struct T {
+    @default(7) long a; @default(TRUE) boolean b; @default('\'') char c; @default(1.5) float d;
+    @default(-9223372036854775808) long long e; @default(1.0e300) double f; @default(18446744073709551615) unsigned long long g;
+    long h; float i; char j;
+}; };)");
+    EXPECT_THAT(text, HasSubstr("std::int32_t a_ = 7;\n"));
+    EXPECT_THAT(text, HasSubstr("bool b_ = true;\n"));
+    EXPECT_THAT(text, HasSubstr("char c_ = static_cast<char>(39);\n"));
+    EXPECT_THAT(text, HasSubstr("float d_ = 1.5F;\n"));
+    EXPECT_THAT(text, HasSubstr("std::int64_t e_ = std::numeric_limits<std::int64_t>::min();\n"));
+    EXPECT_THAT(text, HasSubstr("#include <limits>\n"));
+    EXPECT_THAT(text, HasSubstr("double f_ = 1e+300;\n"));
+    EXPECT_THAT(text, HasSubstr("std::uint64_t g_ = 18446744073709551615U;\n"));
+    EXPECT_THAT(text, HasSubstr("std::int32_t h_ = 0;\n    float i_ = 0.0F;\n    char j_ = '\\0';\n"));
+}
+
+TEST(GeneratedMembers, HaveNamesOfTheirOwn)
+{
+    const std::string text =
+        generated("dds/T.hpp", "module m { struct T { long class; long class_; long sample; long X; }; };");
+    EXPECT_THAT(text, HasSubstr("class__() const"));
+    EXPECT_THAT(text, HasSubstr("class_() const"));
+    EXPECT_THAT(text, HasSubstr(" sample__ = 0;"));
+    EXPECT_THAT(text, HasSubstr("X() const"));
+}
+
+TEST(GeneratedTopicDataType, NamesTheTypeAndItsLargestSizes)
+{
+    const std::string definition =
+        "module a { module b { struct T { @key octet o; @key double d; long l; }; }; };";
+    EXPECT_THAT(generated("dds/b/TPubSubType.cpp", definition),
+                HasSubstr("PubSubType({\"generated::dds_::a::b::T\", 24, true, 16})"));
+    GenerateOptions options;
+    options.typeName = "{module}::{type}_";
+    EXPECT_THAT(generated("dds/b/TPubSubType.cpp", definition, options), HasSubstr("\"a::b::T_\""));
+}
+
+TEST(GeneratedFactories, CarryAllModulesInTheirSymbols)
+{
+    const std::string definition = "module a { module b { struct T { long l; }; struct U { long l; }; }; };";
+    const std::string text = generated("dds/b/Factories.hpp", definition);
+    EXPECT_THAT(text, HasSubstr("libplex-dds-a_b"));
+    EXPECT_THAT(text, HasSubstr("a::b::U* generated_dds_DataEntity_a_b_U();"));
+    EXPECT_THAT(generated("dds/b/TFactories.cpp", definition), HasSubstr("generated_dds_Publisher_a_b_T("));
+}
+
+TEST(GeneratedShards, HoldEachTopicOnce)
+{
+    GenerateOptions options;
+    options.shards = 2;
+    const std::string definition =
+        "module m { struct A { long l; }; struct B { long l; }; struct C { long l; }; };";
+    const std::string first = generated("dds/shard0.cpp", definition, options);
+    EXPECT_THAT(first, HasSubstr("#include \"AFactories.cpp\"\n"));
+    EXPECT_THAT(first, HasSubstr("#include \"CAdapter.cpp\"\n"));
+    EXPECT_THAT(first, Not(HasSubstr("\"B")));
+    EXPECT_THAT(generated("dds/shard1.cpp", definition, options), HasSubstr("#include \"B.cpp\"\n"));
+    EXPECT_THAT(generated("src/shard0.cpp", definition, options), HasSubstr("#include \"C.cpp\"\n"));
+}
+
+TEST(GeneratedFiles, AreThoseOfTheFileThatIsNamed)
+{
+    const ParseOptions parsing = optionsWith({{"part.idl", "module m { struct Part { long l; }; };"}});
+    const Model model = modelOf("#include \"part.idl\"\nmodule m { struct T { long l; }; };", parsing);
+    for (const GeneratedFile& file : generate(model).files) {
+        EXPECT_THAT(file.path, Not(HasSubstr("Part")));
+    }
+}
+
+TEST(Refusals, AreOfWhatHasNoTopic)
+{
+    EXPECT_THAT(refusals(""), ElementsAre("0:0: there is no topic"));
+    EXPECT_THAT(refusals("module m { enum E { A }; };"), ElementsAre("0:0: there is no topic"));
+}
+
+TEST(Refusals, AreOfTopicsThatNoClassCanBeMadeFor)
+{
+    EXPECT_THAT(refusals("struct T { long l; };"), ElementsAre("1:8: the topic \"T\" is in no module"));
+    EXPECT_THAT(refusals("module m { struct clone { long l; }; };"),
+                ElementsAre("1:19: a topic can not be called \"clone\""));
+}
+
+TEST(Refusals, AreOfTwoMembersWithOneAccessor)
+{
+    EXPECT_THAT(refusals("module m { struct T { long a_b; long aB; }; };"),
+                ElementsAre("1:38: \"aB\" and \"a_b\" would both be read with getAB()"));
+}
+
+TEST(Refusals, AreOfTwoFilesWithOneName)
+{
+    EXPECT_THAT(refusals("module m { struct A { long l; }; struct ACdr { long l; }; };"),
+                ElementsAre("0:0: two files would be called dds/ACdr.hpp",
+                            "0:0: two files would be called dds/ACdr.cpp"));
+}
+
+} // namespace
+
+} // namespace plex::test

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Emitters.hpp"
+
+#include <plex/idl/Generate.hpp>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace ovra::plex::idl
+{
+
+namespace
+{
+
+using Files = std::vector<GeneratedFile>;
+
+void addTopic(Files& files, const TopicPlan& topic)
+{
+    const std::string dds = "dds/" + topic.folder + topic.name;
+    files.push_back({"include/" + topic.header, valueInterfaceHeader(topic)});
+    files.push_back({"src/" + topic.folder + topic.name + ".cpp", valueInterfaceSource(topic)});
+    files.push_back({dds + ".hpp", wireTypeHeader(topic)});
+    files.push_back({dds + ".cpp", wireTypeSource(topic)});
+    files.push_back({dds + "Cdr.hpp", cdrHeader(topic)});
+    files.push_back({dds + "Cdr.cpp", cdrSource(topic)});
+    files.push_back({dds + "PubSubType.hpp", topicDataTypeHeader(topic)});
+    files.push_back({dds + "PubSubType.cpp", topicDataTypeSource(topic)});
+    files.push_back({dds + "Adapter.hpp", adapterHeader(topic)});
+    files.push_back({dds + "Adapter.cpp", adapterSource(topic)});
+    files.push_back({dds + "Factories.cpp", factoriesSource(topic)});
+}
+
+/// One header for the topics of each module.
+void addFactoriesHeaders(Files& files, const std::vector<TopicPlan>& topics)
+{
+    std::map<std::string, std::vector<TopicPlan>> byFolder;
+    for (const TopicPlan& topic : topics) {
+        byFolder[topic.folder].push_back(topic);
+    }
+    for (const auto& [folder, those] : byFolder) {
+        files.push_back({"dds/" + folder + "Factories.hpp", factoriesHeader(those)});
+    }
+}
+
+std::string including(const std::vector<std::string>& sources)
+{
+    std::string text = "// SPDX-License-Identifier: Apache-2.0\n// What is compiled together.\n";
+    for (const std::string& source : sources) {
+        text += "#include \"" + source + "\"\n";
+    }
+    return text;
+}
+
+/// Files that include the others. What belongs to one topic stays together.
+void addShards(Files& files, const std::vector<TopicPlan>& topics, unsigned count)
+{
+    std::vector<std::vector<std::string>> shards(std::max(count, 1U));
+    std::vector<std::string> values;
+    for (std::size_t i = 0; i < topics.size(); ++i) {
+        const std::string stem = topics[i].folder + topics[i].name;
+        for (const char* const part : {"", "Cdr", "PubSubType", "Adapter", "Factories"}) {
+            shards[i % shards.size()].push_back(stem + part + ".cpp");
+        }
+        values.push_back(stem + ".cpp");
+    }
+    for (std::size_t i = 0; i < shards.size(); ++i) {
+        files.push_back({"dds/shard" + std::to_string(i) + ".cpp", including(shards[i])});
+    }
+    files.push_back({"src/shard0.cpp", including(values)});
+}
+
+void refuseTwoOfOnePath(const Files& files, Diagnostics& diagnostics)
+{
+    std::set<std::string> paths;
+    for (const GeneratedFile& file : files) {
+        if (!paths.insert(file.path).second) {
+            diagnostics.add({Severity::Error,
+                             {},
+                             0,
+                             0,
+                             "two files would be called " + file.path,
+                             "rename one of the types that it is made of",
+                             {}});
+        }
+    }
+}
+
+} // namespace
+
+Generation generate(const Model& model, const GenerateOptions& options)
+{
+    Generation generation;
+    const Plan plan = planOf(model, options, generation.diagnostics);
+    if (generation.diagnostics.errors() > 0) {
+        return generation;
+    }
+    for (const TopicPlan& topic : plan.topics) {
+        addTopic(generation.files, topic);
+    }
+    addFactoriesHeaders(generation.files, plan.topics);
+    addShards(generation.files, plan.topics, options.shards);
+    refuseTwoOfOnePath(generation.files, generation.diagnostics);
+    if (generation.diagnostics.errors() > 0) {
+        generation.files.clear();
+    }
+    return generation;
+}
+
+} // namespace ovra::plex::idl

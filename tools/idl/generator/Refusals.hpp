@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a definition may say that nothing is generated for.
+#pragma once
+
+#include <plex/idl/Diagnostics.hpp>
+#include <plex/idl/Model.hpp>
+
+#include <string>
+
+namespace ovra::plex::idl
+{
+
+/// Looks for what can not be generated, and says so with a hint.
+class Refusals
+{
+public:
+    Refusals(const Model& model, Diagnostics& diagnostics) : model_(model), diagnostics_(diagnostics) {}
+
+    /// Whether a topic can be generated.
+    bool accept(const StructType& topic);
+
+    /// Says that there is no topic.
+    void refuseToDoNothing();
+
+private:
+    void refuse(const Location& place, const std::string& message, const std::string& hint);
+    void checkPlace(const StructType& topic);
+    void checkAccessors(const StructType& topic);
+    void checkMember(const Member& member, const StructType& topic);
+
+    const Model& model_;
+    Diagnostics& diagnostics_;
+};
+
+} // namespace ovra::plex::idl
