@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <ranges>
 
 namespace ovra::plex::idl
 {
@@ -22,8 +23,8 @@ constexpr std::array<std::string_view, 15> primitives{
 std::string arrayType(const ArrayType& array)
 {
     std::string text = cppType(*array.element);
-    for (auto size = array.dimensions.rbegin(); size != array.dimensions.rend(); ++size) {
-        text = "std::array<" + text + ", " + std::to_string(*size) + ">";
+    for (const std::uint32_t size : std::views::reverse(array.dimensions)) {
+        text.insert(0, "std::array<").append(", " + std::to_string(size) + ">");
     }
     return text;
 }

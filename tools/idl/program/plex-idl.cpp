@@ -5,6 +5,7 @@
 
 #include <plex/idl/Json.hpp>
 
+#include <algorithm>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -66,10 +67,8 @@ void writeDependencies(const Arguments& arguments, const Generation& generation,
                 (std::filesystem::path(arguments.output) / file.path).lexically_normal().string());
         }
     }
-    std::vector<std::string> read;
-    for (const SourceFile& file : model.files) {
-        read.push_back(file.path);
-    }
+    std::vector<std::string> read(model.files.size());
+    std::ranges::transform(model.files, read.begin(), &SourceFile::path);
     const std::filesystem::path path(arguments.depfile);
     writeFiles(path.parent_path(), {{path.filename().string(), dependencies(targets, read)}});
 }

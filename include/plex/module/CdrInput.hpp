@@ -1,0 +1,488 @@
+// SPDX-License-Identifier: Apache-2.0
+// Decodes values that Fields describes, in both versions of XCDR (XTypes 1.3, 7.4).
+//
+// Nothing in a payload makes it take more memory than a small multiple of the payload's size: lengths are
+// held against what is left of it first.
+#pragma once
+
+#include <plex/module/CdrFields.hpp>
+
+#include <fastcdr/exceptions/BadParamException.h>
+#include <fastcdr/exceptions/NotEnoughMemoryException.h>
+
+#include <cstddef>
+#include <cstring>
+#include <optional>
+
+namespace ovra::plex::ps::cdr
+{
+
+/// A stream of Fast CDR up to some place in it. All operations throw an
+/// eprosima::fastcdr::exception::Exception where the payload is truncated or malformed.
+class Input
+{
+public:
+    /// Up to the end of the stream.
+    explicit Input(Cdr& cdr) : cdr_(cdr) {}
+
+    CdrVersion version() const { return cdr_.get_cdr_version(); }
+
+    bool isAtEnd() const { return end_ != nullptr && position() >= end_; }
+
+    template <class T>
+    T take()
+    {
+        T value{};
+        cdr_.deserialize(value);
+        return value;
+    }
+
+    template <class T>
+    void takeAll(T* values, std::size_t count)
+    {
+        if (count > 0) {
+            cdr_.deserialize_array(values, count);
+        }
+    }
+
+    /// Takes text of so many bytes, the NUL behind it included.
+    const char* takeText(std::uint32_t size)
+    {
+        require(size);
+        const char* const text = cdr_.get_current_position();
+        check(text[size - 1] == '\0' && std::memchr(text, '\0', size - 1) == nullptr,
+              "A string does not end with its only NUL");
+        cdr_.jump(size);
+        return text;
+    }
+
+    /// A header of version 1: two numbers of 16 bits, aligned as one of 32.
+    struct Header {
+        std::uint32_t id;
+        std::uint32_t length;
+    };
+
+    Header takeHeader()
+    {
+        const auto both = take<std::uint32_t>();
+        const bool isBig = cdr_.endianness() == Cdr::BIG_ENDIANNESS;
+        const std::uint32_t high = both >> 16U;
+        const std::uint32_t low = both & 0xFFFFU;
+        return isBig ? Header{high, low} : Header{low, high};
+    }
+
+    /// Looks at the next number of 32 bits.
+    std::uint32_t peek()
+    {
+        const Cdr::state before(cdr_);
+        const auto value = take<std::uint32_t>();
+        cdr_.set_state(before);
+        return value;
+    }
+
+    /// Says that so many bytes must be left.
+    void require(std::size_t size)
+    {
+        if (end_ != nullptr) {
+            check(position() <= end_ && size <= static_cast<std::size_t>(end_ - position()), tooLong);
+            return;
+        }
+        const Cdr::state before(cdr_);
+        check(cdr_.jump(size), tooLong);
+        cdr_.set_state(before);
+    }
+
+    /// Reads what takes so many bytes, and goes on behind them, wherever the reading ended before.
+    template <class Read>
+    void within(std::uint32_t size, Read read)
+    {
+        require(size);
+        Input part(cdr_);
+        part.end_ = position() + size;
+        read(part);
+        check(position() <= part.end_, "A value goes beyond the length in front of it");
+        cdr_.jump(static_cast<std::size_t>(part.end_ - position()));
+    }
+
+    /// The same where alignment counts from the beginning.
+    template <class Read>
+    void alignedWithin(std::uint32_t size, Read read)
+    {
+        const Cdr::state before(cdr_);
+        require(size);
+        Input part(cdr_);
+        part.end_ = position() + size;
+        cdr_.reset_alignment();
+        read(part);
+        check(position() <= part.end_, "A value goes beyond the length in front of it");
+        cdr_.set_state(before);
+        cdr_.jump(size);
+    }
+
+    static void check(bool holds, const char* message)
+    {
+        if (!holds) {
+            throw eprosima::fastcdr::exception::BadParamException(message);
+        }
+    }
+
+private:
+    static constexpr const char* tooLong = "A length goes beyond the end of the payload";
+
+    const char* position() const { return cdr_.get_current_position(); }
+
+    Cdr& cdr_;
+    const char* end_ = nullptr; ///< null: that of the stream
+};
+
+template <class Rule, class T>
+void readValue(Input& input, T& value);
+
+/// The least number of bytes that an element takes. Empty types take none, but no sequence of them is longer
+/// than if they took one.
+template <class T>
+constexpr std::size_t leastSize()
+{
+    if constexpr (isPrimitive<T>) {
+        return sizeof(T);
+    } else {
+        return isText<T> || isSequence<T> ? sizeof(std::uint32_t) : 1;
+    }
+}
+
+template <class Rule>
+void readText(Input& input, std::string& text)
+{
+    const auto size = input.take<std::uint32_t>();
+    if (size == 0) { // as some write an empty string
+        text.clear();
+        return;
+    }
+    Input::check(boundOf<Rule> == 0 || size - 1 <= boundOf<Rule>, "A string is longer than its bound");
+    text.assign(input.takeText(size), size - 1);
+}
+
+template <class Rule, class Elements>
+void readElements(Input& input, Elements& elements)
+{
+    using Element = typename Elements::value_type;
+    if constexpr (std::is_arithmetic_v<Element>) {
+        input.takeAll(elements.data(), elements.size());
+    } else {
+        for (Element& element : elements) {
+            if constexpr (isArray<Element>) { // it has no delimiter of its own
+                readElements<typename ElementRule<Rule>::Type>(input, element);
+            } else {
+                readValue<typename ElementRule<Rule>::Type>(input, element);
+            }
+        }
+    }
+}
+
+/// How many elements follow, of which not more are made than can be there.
+template <class Rule, class Elements>
+void readSequence(Input& input, Elements& elements)
+{
+    const auto count = input.take<std::uint32_t>();
+    Input::check(boundOf<Rule> == 0 || count <= boundOf<Rule>, "A sequence is longer than its bound");
+    input.require(count * leastSize<typename Elements::value_type>());
+    elements.resize(count);
+    readElements<Rule>(input, elements);
+}
+
+/// What has its length in front of it where a version of CDR has that.
+template <class Read>
+void readDelimited(Input& input, bool isDelimited, Read read)
+{
+    if (isDelimited && input.version() == CdrVersion::XCDRv2) {
+        input.within(input.take<std::uint32_t>(), read);
+    } else {
+        read(input);
+    }
+}
+
+// --- Members -----------------------------------------------------------------------------------------------
+
+template <class T>
+void reset(T& member)
+{
+    if constexpr (isText<T> || isSequence<T>) {
+        member.clear(); // keeps its memory
+    } else {
+        member = T{};
+    }
+}
+
+template <class T, class Initial>
+void reset(T& member, const Initial& initial)
+{
+    member = initial;
+}
+
+template <class T>
+inline constexpr bool isOptional = false;
+template <class T>
+inline constexpr bool isOptional<std::optional<T>> = true;
+
+/// The value of an optional member, which is made where it is absent.
+template <class T>
+T& present(std::optional<T>& member)
+{
+    return member ? *member : member.emplace();
+}
+
+template <class T>
+T& present(T& member)
+{
+    return member;
+}
+
+/// What a header of version 1 says.
+struct LongHeader {
+    std::uint32_t id;
+    std::uint32_t length;
+    bool mustUnderstand;
+};
+
+inline LongHeader takeLongHeader(Input& input)
+{
+    const Input::Header start = input.takeHeader();
+    const bool mustUnderstand = (start.id & header::shortMustUnderstand) != 0;
+    const std::uint32_t id = start.id & header::shortIdMask;
+    if (id != header::extended) {
+        return {id, start.length, mustUnderstand};
+    }
+    const auto longId = input.take<std::uint32_t>() & header::idMask;
+    return {longId, input.take<std::uint32_t>(), mustUnderstand};
+}
+
+/// An optional member where members have no headers.
+template <class Rule, class T>
+void readOptional(Input& input, std::optional<T>& member)
+{
+    if (input.version() == CdrVersion::XCDRv2) {
+        if (input.take<bool>()) {
+            readValue<Rule>(input, present(member));
+        } else {
+            member.reset();
+        }
+        return;
+    }
+    const LongHeader start = takeLongHeader(input);
+    if (start.length == 0) {
+        member.reset();
+        return;
+    }
+    input.alignedWithin(start.length, [&](Input& part) { readValue<Rule>(part, present(member)); });
+}
+
+template <class Rule, class T>
+void readPlainMember(Input& input, T& member)
+{
+    if constexpr (isOptional<T>) {
+        readOptional<Rule>(input, member);
+    } else {
+        readValue<Rule>(input, member);
+    }
+}
+
+/// All members in their order.
+/// @param isDelimited whether the value may end before: it has an earlier version of the type, and members
+/// that are not
+///        there get their defaults.
+template <class T>
+void readPlain(Input& input, bool isDelimited, T& value)
+{
+    Fields<T>::forEach(value, [&](auto field, auto& member, const auto&... initial) {
+        if (isDelimited && input.isAtEnd()) {
+            reset(member, initial...);
+        } else {
+            readPlainMember<typename decltype(field)::RuleType>(input, member);
+        }
+    });
+}
+
+/// The member with an id. @returns false: there is none.
+template <class T>
+bool readMember(Input& input, std::uint32_t id, T& value)
+{
+    bool found = false;
+    Fields<T>::forEach(value, [&](auto field, auto& member, const auto&... /*initial*/) {
+        if (field.id == id) {
+            readValue<typename decltype(field)::RuleType>(input, present(member));
+            found = true;
+        }
+    });
+    return found;
+}
+
+/// Reads members that have headers: read(part, id) says whether it knows the one with that id.
+template <class Read>
+void forEachHeader1(Input& input, Read read)
+{
+    for (LongHeader next = takeLongHeader(input); next.id != header::end; next = takeLongHeader(input)) {
+        input.alignedWithin(next.length, [&](Input& part) {
+            const bool isKnown = next.id != header::ignored && read(part, next.id);
+            Input::check(isKnown || !next.mustUnderstand, "A member that must be understood is not known");
+        });
+    }
+}
+
+/// The length of a member in version 2, behind the first part of its header.
+inline std::uint32_t takeLength(Input& input, std::uint32_t code)
+{
+    if (code < 4) {
+        return 1U << code;
+    }
+    if (code == 4) {
+        return input.take<std::uint32_t>();
+    }
+    constexpr std::array<std::uint64_t, 3> elementSizes{1, 4, 8};
+    const std::uint64_t length = sizeof(std::uint32_t) + elementSizes[code - 5] * input.peek();
+    Input::check(length <= 0xFFFFFFFFU, "A length goes beyond the end of the payload");
+    return static_cast<std::uint32_t>(length);
+}
+
+template <class Read>
+void forEachHeader2(Input& input, Read read)
+{
+    while (!input.isAtEnd()) {
+        const auto start = input.take<std::uint32_t>();
+        const std::uint32_t length = takeLength(input, start >> header::lengthCodeShift & 7U);
+        input.within(length, [&](Input& part) {
+            const bool isKnown = read(part, start & header::idMask);
+            Input::check(isKnown || (start & header::mustUnderstand) == 0,
+                         "A member that must be understood is not known");
+        });
+    }
+}
+
+template <class Read>
+void forEachHeader(Input& input, Read read)
+{
+    if (input.version() == CdrVersion::XCDRv2) {
+        forEachHeader2(input, read);
+    } else {
+        forEachHeader1(input, read);
+    }
+}
+
+/// Members with headers, in any order. Those that are not there get their defaults.
+template <class T>
+void readMutable(Input& input, T& value)
+{
+    Fields<T>::forEach(
+        value, [](auto /*field*/, auto& member, const auto&... initial) { reset(member, initial...); });
+    forEachHeader(input, [&](Input& part, std::uint32_t id) { return readMember(part, id, value); });
+}
+
+// --- Unions ------------------------------------------------------------------------------------------------
+
+template <class T>
+auto readDiscriminator(Input& input, const T& value)
+{
+    auto discriminator = Fields<T>::discriminator(value);
+    readValue<Any>(input, discriminator);
+    return discriminator;
+}
+
+template <class T>
+void select(T& value, decltype(Fields<T>::discriminator(std::declval<const T&>())) discriminator)
+{
+    Input::check(Fields<T>::select(value, discriminator), "A union has a value that is no label");
+}
+
+template <class T>
+void readPlainUnion(Input& input, T& value)
+{
+    select(value, readDiscriminator(input, value));
+    Fields<T>::visitCase(value, [&](auto field, auto& member, const auto&... /*initial*/) {
+        readValue<typename decltype(field)::RuleType>(input, member);
+    });
+}
+
+/// The discriminator comes first: it decides on which member there may be.
+template <class T>
+void readMutableUnion(Input& input, T& value)
+{
+    bool isSelected = false;
+    forEachHeader(input, [&](Input& part, std::uint32_t id) {
+        if (id == 0) {
+            select(value, readDiscriminator(part, value));
+            isSelected = true;
+            return true;
+        }
+        bool found = false;
+        Input::check(isSelected, "A union's member comes before its discriminator");
+        Fields<T>::visitCase(value, [&](auto field, auto& member, const auto&... /*initial*/) {
+            if (field.id == id) {
+                readValue<typename decltype(field)::RuleType>(part, member);
+                found = true;
+            }
+        });
+        return found;
+    });
+    Input::check(isSelected, "A union has no discriminator");
+}
+
+// --- All of it ---------------------------------------------------------------------------------------------
+
+/// The members, behind a delimiter.
+template <class T>
+void readMembers(Input& input, Extensibility extensibility, T& value)
+{
+    const bool isMutable = extensibility == Extensibility::Mutable;
+    if constexpr (IsUnion<T>) {
+        isMutable ? readMutableUnion(input, value) : readPlainUnion(input, value);
+    } else if (isMutable) {
+        readMutable(input, value);
+    } else {
+        const bool isVersion2 = input.version() == CdrVersion::XCDRv2;
+        readPlain(input, isVersion2 && extensibility == Extensibility::Appendable, value);
+    }
+}
+
+template <class Rule, class T>
+void readValue(Input& input, T& value)
+{
+    if constexpr (std::is_arithmetic_v<T>) {
+        value = input.take<T>();
+    } else if constexpr (std::is_enum_v<T>) {
+        value = static_cast<T>(input.take<std::underlying_type_t<T>>());
+        Input::check(isKnown(value), "An enum has a value that is none of its enumerators");
+    } else if constexpr (isText<T>) {
+        readText<Rule>(input, value);
+    } else if constexpr (isSequence<T>) {
+        readDelimited(input, isDelimited<T>, [&](Input& part) { readSequence<Rule>(part, value); });
+    } else if constexpr (isArray<T>) {
+        readDelimited(input, isDelimited<T>, [&](Input& part) { readElements<Rule>(part, value); });
+    } else {
+        constexpr Extensibility extensibility = Fields<T>::extensibility;
+        readDelimited(input, extensibility != Extensibility::Final,
+                      [&](Input& part) { readMembers(part, extensibility, value); });
+    }
+}
+
+/// Reads a value from a stream whose encoding may be another than its type's: as its header says.
+/// @throws eprosima::fastcdr::exception::Exception when the input is truncated or malformed, or goes beyond
+/// bounds; some
+///         members may then have been written.
+template <class T>
+void deserializeFields(Cdr& cdr, EncodingAlgorithmFlag encoding, T& value)
+{
+    Input input(cdr);
+    switch (encoding) {
+    case EncodingAlgorithmFlag::PLAIN_CDR:
+    case EncodingAlgorithmFlag::PLAIN_CDR2:
+        return readMembers(input, Extensibility::Final, value);
+    case EncodingAlgorithmFlag::DELIMIT_CDR2:
+        return readDelimited(input, true,
+                             [&](Input& part) { readMembers(part, Extensibility::Appendable, value); });
+    case EncodingAlgorithmFlag::PL_CDR:
+    case EncodingAlgorithmFlag::PL_CDR2:
+        return readDelimited(input, true,
+                             [&](Input& part) { readMembers(part, Extensibility::Mutable, value); });
+    }
+}
+
+} // namespace ovra::plex::ps::cdr
