@@ -5,8 +5,11 @@
 #include <plex/idl/Codec.hpp>
 #include <plex/idl/Parse.hpp>
 
+#include <cstdlib>
+#include <iostream>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace plex::fuzz
 {
@@ -47,11 +50,20 @@ constexpr const char* definitions = R"(
         string<3> text; @id(0x10000) ByLong byLong; float f; };
 )";
 
+Model modelOf(const std::string& text)
+{
+    ParseResult result = parseText(text, "types.idl");
+    if (!result.model) {
+        std::cerr << toString(result.diagnostics);
+        std::abort();
+    }
+    return std::move(*result.model);
+}
+
 const Model& model()
 {
-    static const ParseResult result = parseText(definitions, "types.idl");
-    check(result.model.has_value(), "the types have no error");
-    return *result.model;
+    static const Model result = modelOf(definitions);
+    return result;
 }
 
 const Type& typeFor(std::uint8_t choice)
