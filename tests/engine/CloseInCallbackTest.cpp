@@ -81,6 +81,23 @@ TEST_P(CloseInCallbackTest, AllEntitiesMayBeDroppedAndNothingIsLeft)
     EXPECT_FALSE(topicExists());
 }
 
+TEST_P(CloseInCallbackTest, LastAsynchronousSubscriptionMayEndItselfAndBeFollowedByAnother)
+{
+    const auto publisher = this->publisher();
+    const auto subscriber = this->subscriber({}, {{"dds.callback.thread", GetParam()}});
+    std::atomic<int> calls = 0;
+    for (int round = 1; round <= 3; ++round) {
+        std::unique_ptr<ovra::plex::ps::Subscription> subscription;
+        subscription = subscriber->subscribeAsync(DataEventFilter<AltAz>(),
+                                                  [&](Subscriber<AltAz>&, const Position&) {
+                                                      subscription->close();
+                                                      ++calls;
+                                                  });
+        publisher->publish(*position(round), 0ms);
+        EXPECT_TRUE(waitFor([&] { return calls == round; }));
+    }
+}
+
 TEST_P(CloseInCallbackTest, EntitiesMayBeMade)
 {
     std::unique_ptr<ovra::plex::ps::Publisher<AltAz>> made;

@@ -415,6 +415,30 @@ TEST_P(ReentryByKindTest, ClosingASubscriptionWaitsForItsCallbackOnAnotherThread
     closer.join();
 }
 
+TEST_P(ReentryByKindTest, ClosingASubscriptionWaitsForItsCallbackWhileTheSubscriberIsClosed)
+{
+    std::promise<void> inside;
+    std::atomic<int> closed = 0;
+    const auto handle = subscribe(*subscriber, GetParam(), {}, [&] {
+        inside.set_value();
+        EXPECT_FALSE(waitFor([&] { return closed > 0; }, 50ms));
+    });
+    std::thread closer([&] {
+        inside.get_future().wait();
+        std::thread other([&] {
+            subscriber->close();
+            ++closed;
+        });
+        EXPECT_TRUE(waitFor([&] { return closingHasBegun(); }));
+        waitFor([&] { return closed > 0; }, 10ms); // so that it has forgotten the subscription already
+        handle->close();
+        ++closed;
+        other.join();
+    });
+    provokeUntilClosed();
+    closer.join();
+}
+
 TEST_P(ReentryByKindTest, ClosingTheSubscriberWaitsForItsCallbackOnAnotherThread)
 {
     std::promise<void> inside;
