@@ -31,11 +31,21 @@ public:
 
     constexpr Span(T* data, std::size_t size) noexcept : data_(data), size_(size) {}
 
-    /// Views a container that has data() and size().
-    template <class Container, class = std::enable_if_t<
-                                   std::is_convertible_v<decltype(std::declval<Container&>().data()), T*>>>
+    /// Views a container that has data() and size(); a temporary one only where the elements are constants.
+    template <class Container, class = std::enable_if_t<std::is_convertible_v<
+                                   decltype(std::declval<const Container&>().data()), T*>>>
     constexpr Span(
-        Container& container PLEX_LIFETIMEBOUND) noexcept // NOLINT(google-explicit-constructor): as std::span
+        const Container& container PLEX_LIFETIMEBOUND) noexcept // NOLINT(google-explicit-constructor)
+        : data_(container.data())
+        , size_(container.size())
+    {
+    }
+
+    template <
+        class Container,
+        class = std::enable_if_t<std::is_convertible_v<decltype(std::declval<Container&>().data()), T*>>,
+        class = std::enable_if_t<!std::is_const_v<Container>>>
+    constexpr Span(Container& container PLEX_LIFETIMEBOUND) noexcept // NOLINT(google-explicit-constructor)
         : data_(container.data())
         , size_(container.size())
     {

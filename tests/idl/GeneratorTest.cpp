@@ -161,6 +161,66 @@ TEST(GeneratedMembers, HaveNamesOfTheirOwn)
     EXPECT_THAT(text, HasSubstr("X() const"));
 }
 
+TEST(GeneratedValueType, HandsOverEachKindOfMemberInItsWay)
+{
+    const std::string text = generated("include/m/T.hpp", R"(
+module m {
+  struct V { long l; };
+  @topic struct T {
+    string s; sequence<double, 3> q; double a[2]; V v;
+    @optional long ol; @optional string os; @optional sequence<long> oq; @optional V ov;
+  };
+};)");
+    EXPECT_THAT(
+        text,
+        HasSubstr(
+            "virtual std::string_view getS() const = 0;\n    virtual void setS(std::string_view s) = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual ovra::plex::Span<const double> getQ() const = 0;\n"
+                                "    virtual ovra::plex::Span<double> resizeQ(std::size_t size) = 0;\n"
+                                "    virtual void setQ(ovra::plex::Span<const double> q) = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual const std::array<double, 2>& getA() const = 0;\n"
+                                "    virtual std::array<double, 2>& editA() = 0;\n"
+                                "    virtual void setA(const std::array<double, 2>& a) = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual const ::m::values::V& getV() const = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual std::optional<std::int32_t> getOl() const = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual void setOs(std::optional<std::string_view> os) = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual const std::vector<std::int32_t>* getOq() const = 0;\n"
+                                "    virtual std::vector<std::int32_t>& makeOq() = 0;\n"
+                                "    virtual void resetOq() = 0;"));
+    EXPECT_THAT(text, HasSubstr("virtual ::m::values::V& makeOv() = 0;"));
+}
+
+TEST(GeneratedFields, CarryIdsBoundsAndWhatMustBeUnderstood)
+{
+    const std::string text = generated("dds/TCdr.cpp", R"(
+module m {
+  typedef string<4> Short;
+  @mutable struct T {
+    @id(7) sequence<Short, 3> words; @must_understand long vital; @key @id(2) Short table[2][3]; @default(9) long nine;
+  };
+};)");
+    EXPECT_THAT(text, HasSubstr("visit(Field<7, List<Text<4>, 3>>(), value.words());\n"
+                                "        visit(Field<8, Any, true>(), value.vital());\n"
+                                "        visit(Field<2, Each<Each<Text<4>>>>(), value.table());\n"
+                                "        visit(Field<3>(), value.nine(), 9);\n"));
+    EXPECT_THAT(text, HasSubstr("forEachKey(Value& value, const Visit& visit)\n    {\n"
+                                "        visit(Field<2, Each<Each<Text<4>>>>(), value.table());\n    }"));
+}
+
+TEST(GeneratedFields, OfIncludedTypesAreThereAsWell)
+{
+    const ParseOptions parsing =
+        optionsWith({{"part.idl", "module other { @final struct Part { long l; }; };"}});
+    const Model model = modelOf("#include \"part.idl\"\nmodule m { struct T { other::Part p; }; };", parsing);
+    std::map<std::string, std::string> files;
+    for (const GeneratedFile& file : generate(model).files) {
+        files[file.path] = file.text;
+    }
+    EXPECT_THAT(files.at("dds/ValueFields.hpp"), HasSubstr("struct Fields<::other::values::Part>"));
+    EXPECT_THAT(files.at("include/m/T.hpp"), HasSubstr("#include <other/Values.hpp>"));
+    EXPECT_FALSE(files.contains("include/other/Values.hpp"));
+}
+
 TEST(GeneratedTopicDataType, NamesTheTypeAndItsLargestSizes)
 {
     const std::string definition =
@@ -170,6 +230,25 @@ TEST(GeneratedTopicDataType, NamesTheTypeAndItsLargestSizes)
     GenerateOptions options;
     options.typeName = "{module}::{type}_";
     EXPECT_THAT(generated("dds/b/TPubSubType.cpp", definition, options), HasSubstr("\"a::b::T_\""));
+}
+
+TEST(GeneratedTopicDataType, SaysHowLargeAKeyIsToTheByte)
+{
+    const auto largestKey = [](const std::string& members) {
+        const std::string text =
+            generated("dds/TPubSubType.cpp", "module m { enum E { A }; struct P { long l; @key octet k; };"
+                                             "@topic struct T {" +
+                                                 members + "}; };");
+        return text.substr(text.find("true, ") + 6, text.find("})") - text.find("true, ") - 6);
+    };
+    EXPECT_EQ(largestKey("@key octet uuid[16];"), "16");
+    EXPECT_EQ(largestKey("@key short s; @key E e[3];"), "16");
+    EXPECT_EQ(largestKey("@key octet o; @key double d;"), "16");
+    EXPECT_EQ(largestKey("@key P p[3]; @key octet o;"), "4");
+    EXPECT_EQ(largestKey("@key string<11> s;"), "16");
+    EXPECT_EQ(largestKey("@key sequence<long, 3> s;"), "16");
+    EXPECT_EQ(largestKey("@key octet o; string s;"), "1, false");
+    EXPECT_EQ(largestKey("@key string s;"), "261, false, false");
 }
 
 TEST(GeneratedFactories, CarryAllModulesInTheirSymbols)
@@ -212,7 +291,7 @@ TEST(Refusals, AreOfWhatHasNoTopic)
 
 TEST(Refusals, AreOfTopicsThatNoClassCanBeMadeFor)
 {
-    EXPECT_THAT(refusals("struct T { long l; };"), ElementsAre("1:8: the topic \"T\" is in no module"));
+    EXPECT_THAT(refusals("struct T { long l; };"), ElementsAre("1:8: \"T\" is in no module"));
     EXPECT_THAT(refusals("module m { struct clone { long l; }; };"),
                 ElementsAre("1:19: a topic can not be called \"clone\""));
 }
@@ -221,6 +300,24 @@ TEST(Refusals, AreOfTwoMembersWithOneAccessor)
 {
     EXPECT_THAT(refusals("module m { struct T { long a_b; long aB; }; };"),
                 ElementsAre("1:38: \"aB\" and \"a_b\" would both be read with getAB()"));
+}
+
+TEST(Refusals, AreOfTypesThatHaveAPlaceInTheModelOnly)
+{
+    EXPECT_THAT(refusals("module m { struct T { wstring w; long double d; map<long, long> m; }; };"),
+                ElementsAre("1:31: nothing is generated for wstring",
+                            "1:46: nothing is generated for long double",
+                            "1:65: nothing is generated for map<int32, int32>"));
+    EXPECT_THAT(refusals("module m { struct T { sequence<wchar> w; }; };"),
+                ElementsAre("1:39: nothing is generated for wchar"));
+    EXPECT_THAT(refusals("module m { bitset B { bitfield<3> b; }; struct T { long l; }; };"),
+                ElementsAre("1:19: nothing is generated for m::B"));
+}
+
+TEST(Refusals, AreOfTypesThatContainThemselves)
+{
+    EXPECT_THAT(refusals("module m { struct T; struct T { long l; sequence<T> children; }; };"),
+                ElementsAre("1:29: \"T\" contains itself"));
 }
 
 TEST(Refusals, AreOfTwoFilesWithOneName)

@@ -164,11 +164,12 @@ TEST_F(Program, WritesTheSourceFilesOfATopic)
     const Outcome outcome = plexIdl({write("a.idl", definition), "-o", output});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output + outcome.errors, "");
-    EXPECT_EQ(filesIn(output),
-              (std::vector<std::string>{"dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp",
-                                        "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/AFactories.cpp",
-                                        "dds/APubSubType.cpp", "dds/APubSubType.hpp", "dds/Factories.hpp",
-                                        "dds/shard0.cpp", "include/m/A.hpp", "src/A.cpp", "src/shard0.cpp"}));
+    EXPECT_EQ(
+        filesIn(output),
+        (std::vector<std::string>{"dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp",
+                                  "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/AFactories.cpp", "dds/APubSubType.cpp",
+                                  "dds/APubSubType.hpp", "dds/Factories.hpp", "dds/shard0.cpp",
+                                  "include/m/A.hpp", "include/m/Values.hpp", "src/A.cpp", "src/shard0.cpp"}));
 }
 
 TEST_F(Program, LeavesAFileThatDoesNotChangeAsItIs)

@@ -3,6 +3,7 @@
 
 #include <plex/Export.hpp>
 #include <plex/fastdds/Generation.hpp>
+#include <plex/module/CdrFields.hpp>
 #include <plex/module/CdrMembers.hpp>
 #include <plex/module/UndecodableSamples.hpp>
 
@@ -16,6 +17,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <vector>
 
 namespace ovra::plex::ps
 {
@@ -26,6 +28,10 @@ struct PubSubTypeTraits {
     std::uint32_t maxPayload;  ///< largest payload in bytes, encapsulation header included
     bool keyed;                ///< whether the type has key members
     std::uint32_t maxKeyBytes; ///< largest serialized key in bytes
+    /// Whether no payload is larger than that; else it is what room is made for at first.
+    bool bounded = true;
+    bool keyBounded =
+        true; ///< the same of keys; where it does not hold, hashes are MD5 sums whatever their size
 };
 
 namespace cdr
@@ -78,6 +84,8 @@ public:
     explicit PubSubType(const PubSubTypeTraits& traits)
         : keyBytes_(std::max(minKeyBytes, traits.maxKeyBytes))
         , maxKeyBytes_(traits.maxKeyBytes)
+        , isBounded_(traits.bounded)
+        , isKeyBounded_(traits.keyBounded)
         , keyBuffer_(static_cast<unsigned char*>(std::calloc(keyBytes_, 1)))
     {
         if (!keyBuffer_) {
@@ -94,8 +102,9 @@ public:
         return serialize(data, payload, eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION);
     }
 
-    /// Writes the encapsulation header (RTPS 2.5, 10.2) and the value, native byte order, as plain CDR for
-    /// XCDR and as delimited CDR2 for any other representation.
+    /// Writes the encapsulation header (RTPS 2.5, 10.2) and the value, native byte order, in version 1 for
+    /// XCDR and in version 2 for any other representation; plain, delimited or with headers as the type is
+    /// final, appendable or mutable.
     /// @returns false when the payload's buffer is too small; its length is not touched then. A buffer of the
     ///          type's largest size that is too small is logged at ERROR.
     bool serialize(void* data, SerializedPayload_t* payload, DataRepresentationId representation) override
@@ -103,13 +112,13 @@ public:
         eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(payload->data), payload->max_size);
         Cdr stream(buffer, Cdr::DEFAULT_ENDIAN, versionOf(representation));
         payload->encapsulation = encapsulationOf(stream);
-        stream.set_encoding_flag(cdr::appendableEncoding(stream.get_cdr_version()));
+        stream.set_encoding_flag(cdr::encodingOf(cdr::extensibilityOf<DdsType>, stream.get_cdr_version()));
         try {
             stream.serialize_encapsulation();
             stream << *static_cast<const DdsType*>(data);
             payload->length = static_cast<std::uint32_t>(stream.get_serialized_data_length());
         } catch (const eprosima::fastcdr::exception::NotEnoughMemoryException&) {
-            if (payload->max_size >= m_typeSize) {
+            if (isBounded_ && payload->max_size >= m_typeSize) {
                 reportTooSmall(getName(), "payload", m_typeSize);
             }
             return false;
@@ -119,8 +128,8 @@ public:
         return true;
     }
 
-    /// Reads a payload as its own header says it is encoded: plain CDR, plain CDR2 or delimited CDR2 in
-    /// either byte order.
+    /// Reads a payload as its own header says it is encoded: plain CDR, plain CDR2 or delimited CDR2, or one
+    /// of the two with headers of members where the type is mutable, in either byte order.
     /// @returns false when it is anything else or truncated; the value may then be partly written.
     bool deserialize(SerializedPayload_t* payload, void* data) override
     {
@@ -170,6 +179,9 @@ public:
             return false;
         }
         const std::lock_guard lock(keyMutex_);
+        if (!isKeyBounded_) {
+            return hashOfAnyKey(*static_cast<const DdsType*>(data), *handle);
+        }
         std::fill_n(keyBuffer_.get(), keyBytes_, static_cast<unsigned char>(0));
         eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(keyBuffer_.get()), maxKeyBytes_);
         Cdr stream(buffer, Cdr::BIG_ENDIANNESS, CdrVersion::XCDRv1);
@@ -183,17 +195,14 @@ public:
             return false;
         }
         if (forceMd5 || maxKeyBytes_ > minKeyBytes) {
-            md5_.init();
-            md5_.update(keyBuffer_.get(), static_cast<unsigned int>(stream.get_serialized_data_length()));
-            md5_.finalize();
-            std::copy_n(md5_.digest, minKeyBytes, &handle->value[0]);
+            hash(keyBuffer_.get(), stream.get_serialized_data_length(), *handle);
         } else {
             std::copy_n(keyBuffer_.get(), minKeyBytes, &handle->value[0]);
         }
         return true;
     }
 
-    bool is_bounded() const override { return true; }
+    bool is_bounded() const override { return isBounded_; }
 
     bool is_plain() const override { return false; }
 
@@ -202,6 +211,37 @@ public:
     bool construct_sample(void* /*memory*/) const override { return false; }
 
 private:
+    /// Of a key whose size nobody knows before. @returns false when it can not be encoded.
+    bool hashOfAnyKey(const DdsType& value, InstanceHandle_t& handle)
+    {
+        constexpr std::size_t largest = 1U << 30U;
+        for (std::size_t size = keyBytes_; size <= largest; size *= 2) {
+            std::vector<char> memory(size); // zeros: Fast CDR leaves padding as it is
+            eprosima::fastcdr::FastBuffer buffer(memory.data(), size);
+            Cdr stream(buffer, Cdr::BIG_ENDIANNESS, CdrVersion::XCDRv1);
+            stream.set_encoding_flag(EncodingAlgorithmFlag::PLAIN_CDR);
+            try {
+                serialize_key(stream, value);
+            } catch (const eprosima::fastcdr::exception::NotEnoughMemoryException&) {
+                continue;
+            } catch (const eprosima::fastcdr::exception::Exception&) {
+                return false;
+            }
+            hash(reinterpret_cast<const unsigned char*>(memory.data()), stream.get_serialized_data_length(),
+                 handle);
+            return true;
+        }
+        return false;
+    }
+
+    void hash(const unsigned char* key, std::size_t size, InstanceHandle_t& handle)
+    {
+        md5_.init();
+        md5_.update(key, static_cast<unsigned int>(size));
+        md5_.finalize();
+        std::copy_n(md5_.digest, minKeyBytes, &handle.value[0]);
+    }
+
     /// Decodes a payload. @returns whether it could.
     static bool decodePayload(SerializedPayload_t& payload, DdsType& value)
     {
@@ -211,9 +251,9 @@ private:
             stream.read_encapsulation();
             payload.encapsulation = encapsulationOf(stream);
             const auto encoding = stream.get_encoding_flag();
-            if (encoding != EncodingAlgorithmFlag::PLAIN_CDR &&
-                encoding != EncodingAlgorithmFlag::PLAIN_CDR2 &&
-                encoding != EncodingAlgorithmFlag::DELIMIT_CDR2) {
+            const bool hasHeaders =
+                encoding == EncodingAlgorithmFlag::PL_CDR || encoding == EncodingAlgorithmFlag::PL_CDR2;
+            if (hasHeaders != (cdr::extensibilityOf<DdsType> == cdr::Extensibility::Mutable)) {
                 return false;
             }
             cdr::decode(stream, value, encoding);
@@ -245,6 +285,8 @@ private:
     fastdds::MD5 md5_;
     const std::uint32_t keyBytes_;
     const std::uint32_t maxKeyBytes_;
+    const bool isBounded_;
+    const bool isKeyBounded_;
     const std::unique_ptr<unsigned char, Free> keyBuffer_;
 };
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Declarations.hpp"
 #include "Emitters.hpp"
 #include "Headers.hpp"
 #include "Slots.hpp"
 #include "Template.hpp"
+
+#include <algorithm>
 
 namespace ovra::plex::idl
 {
@@ -76,16 +79,50 @@ std::string copies(const TopicPlan& topic)
 {
     std::string text;
     for (const MemberPlan& plan : topic.members) {
-        text += "    to.set" + plan.accessor + "(from.get" + plan.accessor + "());\n";
+        text += filledBlock(isSeenThroughPointer(plan) ? R"(
+    if (const auto* const value = from.get@accessor@()) {
+        to.make@accessor@() = *value;
+    } else {
+        to.reset@accessor@();
+    }
+)"
+                                                       : R"(
+    to.set@accessor@(from.get@accessor@());
+)",
+                            {{"accessor", plan.accessor}});
     }
     return text;
+}
+
+/// The parts of a key: its members, or what within them is annotated as key.
+void addKeyParts(std::vector<std::string>& parts, const Member& member, const std::string& access)
+{
+    const auto* const structure = as<StructType>(resolved(*member.type));
+    if (structure == nullptr || !structure->hasKey) {
+        parts.push_back(access);
+        return;
+    }
+    for (const auto& [inner, name] : namedMembers(*structure)) {
+        if (inner->key) {
+            addKeyParts(parts, *inner, access + "." + name);
+        }
+    }
+}
+
+std::vector<std::string> keyParts(const TopicPlan& topic)
+{
+    std::vector<std::string> parts;
+    for (const MemberPlan* const plan : topic.keys()) {
+        addKeyParts(parts, *plan->member, plan->field);
+    }
+    return parts;
 }
 
 std::string keyComparison(const TopicPlan& topic)
 {
     std::string text;
-    for (const MemberPlan* const plan : topic.keys()) {
-        text += (text.empty() ? "" : " && ") + plan->field + " == key." + plan->field;
+    for (const std::string& part : keyParts(topic)) {
+        text += (text.empty() ? "" : " && ") + part + " == key." + part;
     }
     return text;
 }
@@ -93,8 +130,8 @@ std::string keyComparison(const TopicPlan& topic)
 std::string keyAssignments(const TopicPlan& topic)
 {
     std::string text;
-    for (const MemberPlan* const plan : topic.keys()) {
-        text += "    key->" + plan->field + " = " + plan->field + ";\n";
+    for (const std::string& part : keyParts(topic)) {
+        text += "    key->" + part + " = " + part + ";\n";
     }
     return text;
 }
@@ -227,6 +264,12 @@ std::string adapterSource(const TopicPlan& topic)
     Headers headers{"<utility>"};
     if (!topic.keys().empty()) {
         headers.add("<plex/ps/DataEntities.hpp>");
+    }
+    const auto isChecked = [](const MemberPlan& plan) {
+        return plan.shape == Shape::Text || plan.shape == Shape::Sequence;
+    };
+    if (std::ranges::any_of(topic.members, isChecked)) {
+        headers.add("<plex/module/Members.hpp>");
     }
     return filledBlock(R"(
 // SPDX-License-Identifier: Apache-2.0

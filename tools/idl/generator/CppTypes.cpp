@@ -37,12 +37,31 @@ std::string sequenceType(const SequenceType& sequence)
     return "std::vector<" + cppType(*sequence.element) + ">";
 }
 
-/// Plain types of other modules are named as their modules have them in any case.
+/// The plain form of a struct is found in one place whether the struct is a topic or not, which another
+/// module's files do not say.
 std::string namedType(const NamedType& type)
 {
-    const bool mayBeTopic = type.kind == TypeKind::Struct && type.included;
-    const std::string scope = namespaceOf(*type.module);
-    return mayBeTopic ? "::" + scope + "::values::" + cppName(type.name) : qualifiedName(type);
+    return type.kind == TypeKind::Struct
+               ? "::" + namespaceOf(*type.module) + "::values::" + cppName(type.name)
+               : qualifiedName(type);
+}
+
+/// Zeros, unless the elements start with something else.
+std::string initialArray(const ArrayType& array)
+{
+    const Type& element = resolved(*array.element);
+    if (element.kind != TypeKind::Enum) {
+        return "{}";
+    }
+    std::string text = initialValue(element);
+    for (const std::uint32_t size : std::views::reverse(array.dimensions)) {
+        std::string row;
+        for (std::uint32_t i = 0; i < size; ++i) {
+            row += (i == 0 ? "" : ", ") + text;
+        }
+        text = "{{" + row + "}}";
+    }
+    return text;
 }
 
 /// The digits of a floating-point number, with which C++ reads the same number back.
@@ -90,6 +109,12 @@ Shape shapeOf(const Type& type)
     }
 }
 
+std::string underlyingType(const Type& type)
+{
+    return std::string(type.kind == TypeKind::Bitmask ? "std::uint" : "std::int") +
+           std::to_string(storageBits(type)) + "_t";
+}
+
 std::string cppType(const Type& type)
 {
     const Type& known = resolved(type);
@@ -115,6 +140,9 @@ std::string cppType(const Member& member)
 std::string initialValue(const Type& type)
 {
     const Type& known = resolved(type);
+    if (const auto* const array = as<ArrayType>(known)) {
+        return initialArray(*array);
+    }
     if (const auto* const enumeration = as<EnumType>(known)) {
         const auto chosen = std::ranges::find_if(enumeration->enumerators, &Enumerator::isDefault);
         return cppValue(known, Value(&*chosen));
@@ -134,7 +162,7 @@ std::string initialValue(const Type& type)
     if (isInteger(known.kind)) {
         return "0";
     }
-    return shapeOf(known) == Shape::Small || known.kind == TypeKind::Array ? "{}" : "";
+    return shapeOf(known) == Shape::Small ? "{}" : "";
 }
 
 std::string initialValue(const Member& member)

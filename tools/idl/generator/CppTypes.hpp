@@ -26,6 +26,9 @@ std::string cppType(const Type& type);
 /// The same for a member, which may be optional.
 std::string cppType(const Member& member);
 
+/// The type that an enum or a bitmask is kept in.
+std::string underlyingType(const Type& type);
+
 /// What a new value is set to, "0.0", or nothing where its type does that by itself.
 std::string initialValue(const Type& type);
 

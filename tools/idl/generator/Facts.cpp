@@ -41,6 +41,7 @@ void addBound(std::string& facts, const Type& type)
     }
 }
 
+/// Empty for what is made of others, which have their own.
 std::string defaultOf(const Member& member)
 {
     const Type& type = resolved(*member.type);
@@ -63,14 +64,20 @@ std::string defaultOf(const Member& member)
         return "NUL";
     case TypeKind::Struct:
     case TypeKind::Union:
-        return "its type's";
+    case TypeKind::Array:
+        return {};
     default:
-        return type.kind == TypeKind::Array ? "each element's" : "0";
+        return "0";
     }
 }
 
-std::string withCapital(std::string text)
+/// As a sentence, without the separator behind it.
+std::string sentenceOf(std::string text)
 {
+    if (text.empty()) {
+        return text;
+    }
+    text.replace(text.size() - 2, 2, ".");
     text[0] = text[0] >= 'a' && text[0] <= 'z' ? static_cast<char>(text[0] - 'a' + 'A') : text[0];
     return text;
 }
@@ -103,16 +110,19 @@ std::string factsOf(const Member& member)
     facts += quantity.unit.empty() ? "" : "in " + quantity.unit + "; ";
     addRange(facts, quantity);
     addBound(facts, resolved(*member.type));
-    return withCapital(facts + "default " + defaultOf(member) + ".");
+    const std::string initial = defaultOf(member);
+    facts += initial.empty() ? "" : "default " + initial + "; ";
+    return sentenceOf(facts);
 }
 
 std::string documentationOf(const Member& member)
 {
     const std::string& text = member.documentation;
-    if (text.empty()) {
-        return factsOf(member);
+    const std::string facts = factsOf(member);
+    if (text.empty() || facts.empty()) {
+        return text + facts;
     }
-    return text.find("default") == std::string::npos ? text + "\n" + factsOf(member) : text;
+    return text.find("default") == std::string::npos ? text + "\n" + facts : text;
 }
 
 std::string documentationOf(const TopicPlan& topic)

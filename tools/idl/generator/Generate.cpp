@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Emitters.hpp"
+#include "Values.hpp"
 
 #include <plex/idl/Generate.hpp>
 
@@ -43,9 +44,25 @@ void addFactoriesHeaders(Files& files, const std::vector<TopicPlan>& topics)
     }
 }
 
-std::string including(const std::vector<std::string>& sources)
+/// A number that changes with the text of files (FNV-1a).
+std::uint64_t checksumOf(const Files& files)
 {
-    std::string text = "// SPDX-License-Identifier: Apache-2.0\n// What is compiled together.\n";
+    constexpr std::uint64_t prime = 0x100000001B3;
+    std::uint64_t sum = 0xCBF29CE484222325;
+    for (const GeneratedFile& file : files) {
+        for (const char c : file.path + file.text) {
+            sum = (sum ^ static_cast<unsigned char>(c)) * prime;
+        }
+    }
+    return sum;
+}
+
+/// @param checksum makes the file change with those that it includes: build systems know of this one only.
+std::string including(const std::vector<std::string>& sources, std::uint64_t checksum)
+{
+    std::string text =
+        "// SPDX-License-Identifier: Apache-2.0\n// What is compiled together; it is version " +
+        std::to_string(checksum) + ".\n";
     for (const std::string& source : sources) {
         text += "#include \"" + source + "\"\n";
     }
@@ -55,6 +72,7 @@ std::string including(const std::vector<std::string>& sources)
 /// Files that include the others. What belongs to one topic stays together.
 void addShards(Files& files, const std::vector<TopicPlan>& topics, unsigned count)
 {
+    const std::uint64_t checksum = checksumOf(files);
     std::vector<std::vector<std::string>> shards(std::max(count, 1U));
     std::vector<std::string> values;
     for (std::size_t i = 0; i < topics.size(); ++i) {
@@ -65,9 +83,9 @@ void addShards(Files& files, const std::vector<TopicPlan>& topics, unsigned coun
         values.push_back(stem + ".cpp");
     }
     for (std::size_t i = 0; i < shards.size(); ++i) {
-        files.push_back({"dds/shard" + std::to_string(i) + ".cpp", including(shards[i])});
+        files.push_back({"dds/shard" + std::to_string(i) + ".cpp", including(shards[i], checksum)});
     }
-    files.push_back({"src/shard0.cpp", including(values)});
+    files.push_back({"src/shard0.cpp", including(values, checksum)});
 }
 
 void refuseTwoOfOnePath(const Files& files, Diagnostics& diagnostics)
@@ -99,6 +117,12 @@ Generation generate(const Model& model, const GenerateOptions& options)
         addTopic(generation.files, topic);
     }
     addFactoriesHeaders(generation.files, plan.topics);
+    for (const std::string& module : modulesOf(plan)) {
+        generation.files.push_back({"include/" + module + "/Values.hpp", valuesText(plan, module)});
+    }
+    if (!std::ranges::all_of(plan.topics, isSimple)) {
+        generation.files.push_back({"dds/ValueFields.hpp", fieldsText(plan)});
+    }
     addShards(generation.files, plan.topics, options.shards);
     refuseTwoOfOnePath(generation.files, generation.diagnostics);
     if (generation.diagnostics.errors() > 0) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Headers.hpp"
 
+#include "Slots.hpp"
+
 #include <array>
 
 namespace ovra::plex::idl
@@ -31,7 +33,14 @@ void Headers::addForValue(const MemberPlan& plan)
 void Headers::addForSlots(const MemberPlan& plan)
 {
     addHeaders(names_, *plan.member->type);
-    if (plan.isOptional()) {
+    if (plan.shape == Shape::Text) {
+        names_.erase("<string>");
+        add("<string_view>");
+    }
+    if (plan.shape == Shape::Sequence && !plan.isOptional()) {
+        names_.insert({"<plex/Span.hpp>", "<cstddef>"});
+    }
+    if (plan.isOptional() && !isSeenThroughPointer(plan)) {
         add("<optional>");
     }
 }

@@ -5,7 +5,8 @@
 #include "Refusals.hpp"
 
 #include <algorithm>
-#include <map>
+#include <iterator>
+#include <unordered_set>
 
 namespace ovra::plex::idl
 {
@@ -85,6 +86,43 @@ TopicPlan planOfTopic(const StructType& type, const GenerateOptions& options)
     return topic;
 }
 
+using Types = std::unordered_set<const Type*>;
+
+void addEncoded(Types& types, const Type& type)
+{
+    const Type& known = resolved(type);
+    if (const auto* const sequence = as<SequenceType>(known)) {
+        addEncoded(types, *sequence->element);
+    } else if (const auto* const array = as<ArrayType>(known)) {
+        addEncoded(types, *array->element);
+    } else if (const auto* const structure = as<StructType>(known);
+               structure != nullptr && types.insert(&known).second) {
+        for (const Member* const member : allMembers(*structure)) {
+            addEncoded(types, *member->type);
+        }
+    } else if (const auto* const choice = as<UnionType>(known);
+               choice != nullptr && types.insert(&known).second) {
+        for (const UnionCase& each : choice->cases) {
+            addEncoded(types, *each.type);
+        }
+    }
+}
+
+/// In the order of the model.
+std::vector<const NamedType*> encodedIn(const Model& model, const std::vector<TopicPlan>& topics)
+{
+    Types types;
+    for (const TopicPlan& topic : topics) {
+        for (const MemberPlan& plan : topic.members) {
+            addEncoded(types, *plan.member->type);
+        }
+    }
+    std::vector<const NamedType*> result;
+    std::ranges::copy_if(model.types, std::back_inserter(result),
+                         [&types](const NamedType* type) { return types.contains(type); });
+    return result;
+}
+
 } // namespace
 
 std::vector<const MemberPlan*> TopicPlan::keys() const
@@ -98,18 +136,43 @@ std::vector<const MemberPlan*> TopicPlan::keys() const
     return result;
 }
 
+bool Plan::isTopic(const NamedType& type) const
+{
+    return std::ranges::any_of(topics, [&type](const TopicPlan& topic) { return topic.type == &type; });
+}
+
+bool isSimple(const TopicPlan& topic)
+{
+    return topic.type->extensibility == Extensibility::Appendable &&
+           std::ranges::all_of(topic.members, [](const MemberPlan& plan) {
+               return isPrimitive(resolved(*plan.member->type).kind) && !plan.isOptional() &&
+                      !plan.member->defaultValue;
+           });
+}
+
 Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& diagnostics)
 {
     Plan plan;
     Refusals refusals(model, diagnostics);
+    for (const NamedType* const type : model.types) {
+        if (!type->included && refusals.accept(*type)) {
+            plan.declared.push_back(type);
+        }
+    }
+    if (diagnostics.errors() > 0) {
+        return plan;
+    }
     for (const StructType* const type : topics(model, options.topics)) {
-        if (refusals.accept(*type)) {
+        if (refusals.acceptTopic(*type)) {
             plan.topics.push_back(planOfTopic(*type, options));
         }
     }
     if (plan.topics.empty() && diagnostics.errors() == 0) {
         refusals.refuseToDoNothing();
     }
+    std::ranges::copy_if(model.constants, std::back_inserter(plan.constants),
+                         [](const Constant* constant) { return !constant->included; });
+    plan.encoded = encodedIn(model, plan.topics);
     return plan;
 }
 

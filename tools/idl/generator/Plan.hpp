@@ -43,7 +43,17 @@ struct TopicPlan {
 /// All of it.
 struct Plan {
     std::vector<TopicPlan> topics;
+    std::vector<const NamedType*> declared; ///< that get a plain form: types of the named files
+    std::vector<const Constant*> constants; ///< of the named files
+    /// Structs and unions that are encoded within topics, those of included files as well.
+    std::vector<const NamedType*> encoded;
+
+    bool isTopic(const NamedType& type) const;
 };
+
+/// Whether the encoding of a topic needs no more than its members in their order: it is appendable, and they
+/// are numbers and the like without defaults.
+bool isSimple(const TopicPlan& topic);
 
 /// @param diagnostics what can not be generated.
 Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& diagnostics);

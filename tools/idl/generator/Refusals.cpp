@@ -3,8 +3,9 @@
 
 #include "Names.hpp"
 
+#include <algorithm>
 #include <map>
-#include <utility>
+#include <unordered_set>
 
 namespace ovra::plex::idl
 {
@@ -18,6 +19,53 @@ bool isTaken(const std::string& name)
     static const NameScope taken{"assign", "clone",     "cloneKey", "copy",       "DdsType",
                                  "hasKey", "keyEquals", "main",     "PubSubType", "wire"};
     return !taken.isFree(name);
+}
+
+/// What to do about a type that nothing is generated for; empty for others.
+std::string hintForUnsupported(TypeKind kind)
+{
+    switch (kind) {
+    case TypeKind::WChar:
+    case TypeKind::WString:
+        return "use string, whose text is UTF-8";
+    case TypeKind::LongDouble:
+        return "use double";
+    case TypeKind::Map:
+        return "use a sequence of structs with key and value";
+    case TypeKind::Bitset:
+        return "use a bitmask, or an integer";
+    default:
+        return {};
+    }
+}
+
+/// Whether a value of a type holds values of another, however deep.
+bool contains(const Type& type, const Type& wanted, std::unordered_set<const Type*>& seen)
+{
+    const auto holds = [&](const Type& part) {
+        const Type& known = resolved(part);
+        return &known == &wanted || (seen.insert(&known).second && contains(known, wanted, seen));
+    };
+    if (const auto* const sequence = as<SequenceType>(type)) {
+        return holds(*sequence->element);
+    }
+    if (const auto* const array = as<ArrayType>(type)) {
+        return holds(*array->element);
+    }
+    if (const auto* const structure = as<StructType>(type)) {
+        const auto members = allMembers(*structure);
+        return std::ranges::any_of(members, [&](const Member* member) { return holds(*member->type); });
+    }
+    if (const auto* const choice = as<UnionType>(type)) {
+        return std::ranges::any_of(choice->cases, [&](const UnionCase& each) { return holds(*each.type); });
+    }
+    return false;
+}
+
+bool contains(const Type& type, const Type& wanted)
+{
+    std::unordered_set<const Type*> seen;
+    return contains(type, wanted, seen);
 }
 
 } // namespace
@@ -39,14 +87,10 @@ void Refusals::refuseToDoNothing()
                       {}});
 }
 
-void Refusals::checkPlace(const StructType& topic)
+void Refusals::checkPlace(const NamedType& type)
 {
-    if (topic.module->parent == nullptr) {
-        refuse(topic.location, "the topic \"" + topic.name + "\" is in no module",
-               "put it into one: module NAME { … };");
-    } else if (isTaken(topic.name)) {
-        refuse(topic.location, "a topic can not be called \"" + topic.name + "\"",
-               "the generated class has something of that name");
+    if (type.module->parent == nullptr) {
+        refuse(type.location, "\"" + type.name + "\" is in no module", "put it into one: module NAME { … };");
     }
 }
 
@@ -64,26 +108,62 @@ void Refusals::checkAccessors(const StructType& topic)
     }
 }
 
-void Refusals::checkMember(const Member& member, const StructType& topic)
+/// Types that have a place in the model only.
+void Refusals::checkType(const Type& type, const Location& place)
 {
-    const Type& type = resolved(*member.type);
-    if (!isPrimitive(type.kind) || type.kind == TypeKind::WChar || type.kind == TypeKind::LongDouble) {
-        refuse(member.location, "nothing is generated for " + toString(*member.type),
-               "a topic has numbers, booleans, characters and octets");
-    } else if (member.optional || topic.extensibility != Extensibility::Appendable) {
-        refuse(member.location, "nothing is generated for optional members, nor for final and mutable types",
-               "annotate the struct @appendable");
+    const Type& known = resolved(type);
+    if (const auto* const sequence = as<SequenceType>(known)) {
+        checkType(*sequence->element, place);
+    } else if (const auto* const array = as<ArrayType>(known)) {
+        checkType(*array->element, place);
+    } else if (const std::string hint = hintForUnsupported(known.kind); !hint.empty()) {
+        refuse(place, "nothing is generated for " + toString(known), hint);
     }
 }
 
-bool Refusals::accept(const StructType& topic)
+void Refusals::checkUnion(const UnionType& type)
+{
+    checkType(*type.discriminator, type.location);
+    for (const UnionCase& each : type.cases) {
+        checkType(*each.type, each.location);
+    }
+}
+
+void Refusals::checkRecursion(const NamedType& type)
+{
+    if (contains(type, type)) {
+        refuse(type.location, "\"" + type.name + "\" contains itself",
+               "keep what it refers to in a sequence beside it, and refer to it by its index");
+    }
+}
+
+bool Refusals::accept(const NamedType& type)
 {
     const std::size_t before = diagnostics_.errors();
-    checkPlace(topic);
-    checkAccessors(topic);
-    for (const Member* const member : allMembers(topic)) {
-        checkMember(*member, topic);
+    checkPlace(type);
+    if (const auto* const structure = as<StructType>(type)) {
+        for (const Member& member : structure->members) {
+            checkType(*member.type, member.location);
+        }
+    } else if (const auto* const choice = as<UnionType>(type)) {
+        checkUnion(*choice);
+    } else if (const auto* const alias = as<AliasType>(type)) {
+        checkType(*alias->target, type.location);
+    } else {
+        checkType(type, type.location);
     }
+    checkRecursion(type);
+    return diagnostics_.errors() == before;
+}
+
+bool Refusals::acceptTopic(const StructType& topic)
+{
+    const std::size_t before = diagnostics_.errors();
+    if (isTaken(topic.name)) {
+        refuse(topic.location, "a topic can not be called \"" + topic.name + "\"",
+               "the generated class has something of that name");
+    }
+    checkAccessors(topic);
     return diagnostics_.errors() == before;
 }
 

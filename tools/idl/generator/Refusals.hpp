@@ -16,17 +16,22 @@ class Refusals
 public:
     Refusals(const Model& model, Diagnostics& diagnostics) : model_(model), diagnostics_(diagnostics) {}
 
-    /// Whether a topic can be generated.
-    bool accept(const StructType& topic);
+    /// Whether a type can have a plain form.
+    bool accept(const NamedType& type);
+
+    /// Whether a struct can be a topic.
+    bool acceptTopic(const StructType& topic);
 
     /// Says that there is no topic.
     void refuseToDoNothing();
 
 private:
     void refuse(const Location& place, const std::string& message, const std::string& hint);
-    void checkPlace(const StructType& topic);
+    void checkPlace(const NamedType& type);
     void checkAccessors(const StructType& topic);
-    void checkMember(const Member& member, const StructType& topic);
+    void checkUnion(const UnionType& type);
+    void checkType(const Type& type, const Location& place);
+    void checkRecursion(const NamedType& type);
 
     const Model& model_;
     Diagnostics& diagnostics_;

@@ -8,10 +8,17 @@
 namespace ovra::plex::idl
 {
 
-/// The most bytes that a payload with a value of a topic has, its encapsulation header included.
-std::uint32_t largestPayload(const TopicPlan& topic);
+/// How many bytes something takes at most. Where that is not bounded, or too much to be set aside, it is what
+/// room is made for at first.
+struct LargestSize {
+    std::uint32_t bytes = 0;
+    bool isBounded = true;
+};
 
-/// The most bytes that its key has, in plain CDR; 0 where it has none.
-std::uint32_t largestKey(const TopicPlan& topic);
+/// Of a payload with a value of a topic, its encapsulation header included.
+LargestSize largestPayload(const TopicPlan& topic);
+
+/// Of its key, in plain CDR; 0 where it has none.
+LargestSize largestKey(const TopicPlan& topic);
 
 } // namespace ovra::plex::idl

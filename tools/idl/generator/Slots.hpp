@@ -21,4 +21,7 @@ struct Slot {
 /// Those of a member, in their order.
 std::vector<Slot> slotsOf(const MemberPlan& plan);
 
+/// Whether get hands over a pointer, which is null where the member is absent.
+bool isSeenThroughPointer(const MemberPlan& plan);
+
 } // namespace ovra::plex::idl

@@ -8,8 +8,23 @@
 namespace ovra::plex::idl
 {
 
+namespace
+{
+
+/// What is said of a type only where it is not bounded, or its key is not.
+std::string boundedText(const TopicPlan& topic)
+{
+    if (!largestKey(topic).isBounded) {
+        return ", false, false";
+    }
+    return largestPayload(topic).isBounded ? "" : ", false";
+}
+
+} // namespace
+
 std::string topicDataTypeHeader(const TopicPlan& topic)
 {
+    const LargestSize largest = largestPayload(topic);
     const Headers headers{"\"" + topic.name + ".hpp\"",
                           "\"" + topic.name + "Cdr.hpp\"",
                           "<plex/Export.hpp>",
@@ -68,7 +83,8 @@ public:
          {"scope", topic.scope},
          {"Type", topic.name},
          {"documentation",
-          comment("How Fast DDS handles samples of " + topic.name + ": bounded, not plain, " + key +
+          comment("How Fast DDS handles samples of " + topic.name +
+                  (largest.isBounded ? ": bounded, not plain, " : ": not bounded, not plain, ") + key +
                   ". Each operation is what the base says of it; they stand here so that the library "
                   "exports them.")}});
 }
@@ -82,7 +98,7 @@ std::string topicDataTypeSource(const TopicPlan& topic)
 namespace generated::dds_::@scope@
 {
 
-@Type@PubSubType::@Type@PubSubType() : PubSubType({@ddsName@, @payload@, @keyed@, @key@}) {}
+@Type@PubSubType::@Type@PubSubType() : PubSubType({@ddsName@, @payload@, @keyed@, @key@@bounded@}) {}
 
 @Type@PubSubType::~@Type@PubSubType() = default;
 
@@ -189,9 +205,10 @@ bool @Type@PubSubType::compute_key(const void* data, InstanceHandle& handle, boo
                        {{"scope", topic.scope},
                         {"Type", topic.name},
                         {"ddsName", quoted(topic.ddsName)},
-                        {"payload", std::to_string(largestPayload(topic))},
+                        {"payload", std::to_string(largestPayload(topic).bytes)},
                         {"keyed", topic.keys().empty() ? "false" : "true"},
-                        {"key", std::to_string(largestKey(topic))}});
+                        {"bounded", boundedText(topic)},
+                        {"key", std::to_string(largestKey(topic).bytes)}});
 }
 
 } // namespace ovra::plex::idl
