@@ -38,7 +38,7 @@ configure platform "$project/tests/consumer/external-platform" -DCONTRACT="$proj
 build platform install
 
 configure binding "$project" -DPLEX_PLATFORM=external -DPLEX_BUILD_TESTS=OFF
-build binding plex-dds-engine plex-dds-vexstubif
+build binding plex-dds-engine plex-dds-vexstubif plex-idl
 quietly cmake --install "$work/binding.build"
 
 # A dry run gets as far as the programs where nothing is missing that the examples need.
