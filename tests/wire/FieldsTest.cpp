@@ -13,8 +13,7 @@
 namespace plex::test
 {
 
-namespace
-{
+// What is described below has names that all files could see: constants of its description count as unused otherwise.
 
 enum class Color : std::int32_t { Red = 0, Blue = 5 };
 
@@ -75,8 +74,6 @@ struct All {
 using Final = All<0>;
 using Appendable = All<1>;
 using Mutable = All<2>;
-
-} // namespace
 
 } // namespace plex::test
 
