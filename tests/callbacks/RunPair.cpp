@@ -71,7 +71,7 @@ void play(Stage& stage, const Pair& pair, Watchdog& watchdog)
 /// Fast DDS keeps some things for the process from the first participant on.
 ProcessResources resourcesKept(Thread thread)
 {
-    Plex::create(Stage::properties(thread))->createPublisher<Channel>(Uri("dds+ps://95/callbacks/first"));
+    Plex::create(Stage::properties(thread))->createPublisher<Channel>(Uri("dds+ps://96/callbacks/first"));
     return processResources();
 }
 
