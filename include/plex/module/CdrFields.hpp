@@ -27,26 +27,26 @@ enum class Extensibility : std::uint8_t { Final, Appendable, Mutable };
 ///
 ///     static constexpr Extensibility extensibility;
 ///
-/// and for a struct
+/// and for a struct, where visit(Field<…>(), member, default…) is called for the members in their order, or
+/// for key members only, by ascending member id,
 ///
-///     static void forEach(auto& value, auto&& visit);    // visit(Field<…>(), member, default…) in their
-///     order static void forEachKey(auto& value, auto&& visit); // likewise, key members only, by ascending
-///     member id
+///     static void forEach(auto& value, auto&& visit);
+///     static void forEachKey(auto& value, auto&& visit);
 ///
-/// or for a union
+/// or for a union, where select() makes the member of a discriminator, or gives false where it is no label,
+/// and visitCase() calls visit() as above for the member that is there,
 ///
 ///     static constexpr bool isUnion = true;
 ///     static auto discriminator(const T& value);
 ///     static constexpr bool discriminatorIsKey;
-///     static bool select(T& value, auto discriminator);  // makes the member; false for a value that is no
-///     label static void visitCase(auto& value, auto&& visit);  // as above, for the member that is there
+///     static bool select(T& value, auto discriminator);
+///     static void visitCase(auto& value, auto&& visit);
 ///
 /// A member's default is given where it is another than that of its C++ type.
 template <class T>
 struct Fields;
 
-// --- What a member's values may be, as far as its C++ type does not say it
-// ----------------------------------
+// --- What a member's values may be, as far as its C++ type does not say it ---------------------------------
 
 /// Whatever its type allows.
 struct Any {

@@ -30,8 +30,8 @@ struct PubSubTypeTraits {
     std::uint32_t maxKeyBytes; ///< largest serialized key in bytes
     /// Whether no payload is larger than that; else it is what room is made for at first.
     bool bounded = true;
-    bool keyBounded =
-        true; ///< the same of keys; where it does not hold, hashes are MD5 sums whatever their size
+    /// The same of keys; where it does not hold, hashes are MD5 sums whatever their size.
+    bool keyBounded = true;
 };
 
 namespace cdr
