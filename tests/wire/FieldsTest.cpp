@@ -13,7 +13,8 @@
 namespace plex::test
 {
 
-// What is described below has names that all files could see: constants of its description count as unused otherwise.
+// What is described below has names that all files could see: constants of its description count as unused
+// otherwise.
 
 enum class Color : std::int32_t { Red = 0, Blue = 5 };
 

@@ -203,10 +203,10 @@ std::string firstAlternative(const std::vector<NamedCase>& cases, const UnionCas
 std::vector<NamedMember> namedMembers(const StructType& type)
 {
     NameScope names{cppName(type.name)};
-    std::vector<NamedMember> result;
-    for (const Member* const member : allMembers(type)) {
-        result.push_back({member, {}});
-    }
+    const auto members = allMembers(type);
+    std::vector<NamedMember> result(members.size());
+    std::ranges::transform(members, result.begin(),
+                           [](const Member* member) { return NamedMember{member, {}}; });
     for (const bool asTheyAre : {true, false}) {
         for (NamedMember& each : result) {
             const std::string name = cppName(each.member->name);
@@ -222,6 +222,7 @@ std::vector<NamedCase> namedCases(const UnionType& type)
 {
     NameScope names{cppName(type.name), "discriminator", "select", "discriminator_", "value_"};
     std::vector<NamedCase> result;
+    result.reserve(type.cases.size());
     for (const UnionCase& each : type.cases) {
         result.push_back({&each, names.take(cppName(each.name)), {}});
     }

@@ -83,7 +83,7 @@ std::string ruleOf(const Type& type)
     if (const auto* const array = as<ArrayType>(known)) {
         std::string rule = ruleOf(*array->element);
         for (std::size_t i = 0; rule != "Any" && i < array->dimensions.size(); ++i) {
-            rule = "Each<" + rule + ">";
+            rule.insert(0, "Each<").append(">");
         }
         return rule;
     }
@@ -289,10 +289,9 @@ namespace ovra::plex::ps::cdr
 
 std::string topicFieldsText(const TopicPlan& topic)
 {
-    std::vector<Access> members;
-    for (const MemberPlan& plan : topic.members) {
-        members.push_back({plan.member, plan.name + "()"});
-    }
+    std::vector<Access> members(topic.members.size());
+    std::ranges::transform(topic.members, members.begin(),
+                           [](const MemberPlan& plan) { return Access{plan.member, plan.name + "()"}; });
     return structFields("generated::dds_::" + topic.scope + "::" + topic.name, topic.type->extensibility,
                         members);
 }
