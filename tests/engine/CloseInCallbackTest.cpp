@@ -88,11 +88,11 @@ TEST_P(CloseInCallbackTest, LastAsynchronousSubscriptionMayEndItselfAndBeFollowe
     std::atomic<int> calls = 0;
     for (int round = 1; round <= 3; ++round) {
         std::unique_ptr<ovra::plex::ps::Subscription> subscription;
-        subscription = subscriber->subscribeAsync(DataEventFilter<AltAz>(),
-                                                  [&](Subscriber<AltAz>&, const Position&) {
-                                                      subscription->close();
-                                                      ++calls;
-                                                  });
+        subscription =
+            subscriber->subscribeAsync(DataEventFilter<AltAz>(), [&](Subscriber<AltAz>&, const Position&) {
+                subscription->close();
+                ++calls;
+            });
         publisher->publish(*position(round), 0ms);
         EXPECT_TRUE(waitFor([&] { return calls == round; }));
     }
