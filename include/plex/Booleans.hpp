@@ -93,6 +93,7 @@ public:
 
     friend bool operator==(const Booleans& left, const Booleans& right) noexcept
     {
+        // NOLINTNEXTLINE(modernize-use-ranges): applications may be C++17
         return std::equal(left.begin(), left.end(), right.begin(), right.end());
     }
 
@@ -101,13 +102,14 @@ public:
 private:
     void reserve(std::size_t capacity)
     {
+        // NOLINTNEXTLINE(modernize-avoid-c-arrays): a std::vector<bool> holds no booleans that can be viewed
         auto values = std::make_unique<bool[]>(capacity);
         std::copy_n(data(), size_, values.get());
         values_ = std::move(values);
         capacity_ = capacity;
     }
 
-    std::unique_ptr<bool[]> values_;
+    std::unique_ptr<bool[]> values_; // NOLINT(modernize-avoid-c-arrays): as above
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
 };

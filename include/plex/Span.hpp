@@ -31,11 +31,12 @@ public:
 
     constexpr Span(T* data, std::size_t size) noexcept : data_(data), size_(size) {}
 
+    // NOLINTBEGIN(modernize-use-constraints): applications may be C++17
+
     /// Views a container that has data() and size(); a temporary one only where the elements are constants.
     template <class Container, class = std::enable_if_t<std::is_convertible_v<
                                    decltype(std::declval<const Container&>().data()), T*>>>
-    constexpr Span(
-        const Container& container PLEX_LIFETIMEBOUND) noexcept // NOLINT(google-explicit-constructor)
+    constexpr Span(const Container& container PLEX_LIFETIMEBOUND) noexcept
         : data_(container.data())
         , size_(container.size())
     {
@@ -45,11 +46,13 @@ public:
         class Container,
         class = std::enable_if_t<std::is_convertible_v<decltype(std::declval<Container&>().data()), T*>>,
         class = std::enable_if_t<!std::is_const_v<Container>>>
-    constexpr Span(Container& container PLEX_LIFETIMEBOUND) noexcept // NOLINT(google-explicit-constructor)
+    constexpr Span(Container& container PLEX_LIFETIMEBOUND) noexcept
         : data_(container.data())
         , size_(container.size())
     {
     }
+
+    // NOLINTEND(modernize-use-constraints)
 
     constexpr T* data() const noexcept { return data_; }
 
@@ -65,10 +68,7 @@ public:
     constexpr T& operator[](std::size_t index) const noexcept { return data_[index]; }
 
 #if __cplusplus >= 202002L
-    constexpr operator std::span<T>() const noexcept
-    {
-        return {data_, size_};
-    } // NOLINT(google-explicit-constructor)
+    constexpr operator std::span<T>() const noexcept { return {data_, size_}; }
 #endif
 
 private:
