@@ -81,7 +81,8 @@ void readEachOther(Run& run, Pair& pair)
     publishOnBoth(run, pair);
 }
 
-/// Waits until a subscriber of another participant has been found.
+/// Waits until a subscriber of another participant has been found, and until it has nothing left to read of
+/// what was published for that.
 void meet(Run& run, Plex& plex, Writer& writer, Reader& reader)
 {
     const bool met = waitFor(
@@ -92,7 +93,16 @@ void meet(Run& run, Plex& plex, Writer& writer, Reader& reader)
         soon);
     if (!met) {
         run.find("publisher and subscriber of two participants do not meet");
+        return;
     }
+    constexpr long last = 1;
+    writer.publish(*numbered(plex, 1, last), 0ms);
+    waitFor(
+        [&] {
+            const auto values = reader.read(0);
+            return !values.empty() && values.back()->getAz() == static_cast<double>(last);
+        },
+        soon);
 }
 
 } // namespace
