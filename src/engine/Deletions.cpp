@@ -132,11 +132,6 @@ void HeldDeletions::keep(std::function<void()> deletion)
     heldHere().deletions.push_back(std::move(deletion));
 }
 
-EndpointLock::EndpointLock() : lock_(endpointMutex(), std::defer_lock)
-{
-    if (!CallbackThread::current().isInCallback()) {
-        static_cast<void>(lock_.try_lock_for(std::chrono::seconds(1)));
-    }
-}
+EndpointLock::EndpointLock() : lock_(endpointMutex(), std::chrono::seconds(1)) {}
 
 } // namespace ovra::plex::ps::internal

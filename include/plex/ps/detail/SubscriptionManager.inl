@@ -294,12 +294,17 @@ void SubscriptionManager<T, ST>::dispatchToNotifiers()
 template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToListeners()
 {
-    // Looked up before each sample, so that none is taken for subscriptions that have all ended.
-    while (!asyncRegistry_.current(mutex_).empty() && takeNext()) {
+    for (;;) {
+        // Looked up before each sample: none is taken for subscriptions that have all ended, and none is told to one
+        // that was made after it was taken.
+        const auto& subscriptions = asyncRegistry_.current(mutex_);
+        if (subscriptions.empty() || !takeNext()) {
+            return;
+        }
         if (!takenInfo_.valid_data) {
             continue;
         }
-        for (const auto& subscription : asyncRegistry_.current(mutex_)) {
+        for (const auto& subscription : subscriptions) {
             if (wants(*subscription, taken_, takenInfo_)) {
                 call(*this, *subscription,
                      [&] { guarded([&] { tell(*subscription, takenInfo_, [&] { return takenData_; }); }); });
