@@ -5,6 +5,7 @@
 #include "Settings.hpp"
 
 #include <plex/Plex.hpp>
+#include <plex/dds/Status.hpp>
 #include <vexstubif/AltAz.hpp>
 #include <vexstubif/DomeTemperature.hpp>
 
@@ -27,6 +28,7 @@ namespace
 
 using ovra::plex::ps::DataEvent;
 using ovra::plex::ps::DataEventFilter;
+using ovra::plex::ps::EntityStatus;
 using ovra::plex::ps::Subscriber;
 using vexstubif::AltAz;
 using vexstubif::DomeTemperature;
@@ -57,7 +59,7 @@ std::string text(const DomeTemperature& temperature)
     return buffer.data();
 }
 
-/// What is known of one topic. Filled on a thread of the transport, shown on the main thread.
+/// What is known of one topic. Filled on threads of the transport, shown on the main thread.
 class Track
 {
 public:
@@ -70,6 +72,16 @@ public:
         ++received_;
     }
 
+    /// Takes over who publishes, and why somebody does not reach us.
+    void update(const EntityStatus& status)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        publishers_ = std::to_string(status.matched.size()) + " publishers";
+        for (const auto& peer : status.refused) {
+            publishers_ += "; one of process " + peer.process + " does not fit: " + toString(peer.refusals.front());
+        }
+    }
+
     /// Prints a line, with the rate since the last one.
     void show(const char* topic, const char* way)
     {
@@ -79,7 +91,7 @@ public:
         shown_ = received_;
         shownAt_ = time;
         if (value_.empty()) {
-            std::printf("%-18s %-10s nothing yet\n", topic, way);
+            std::printf("%-18s %-10s nothing yet (%s)\n", topic, way, publishers_.c_str());
         } else {
             std::printf("%-18s %-10s %-26s %8.1f/s  age %8.1f ms\n", topic, way, value_.c_str(), rate,
                         (time - timestamp_) * 1000.0);
@@ -88,6 +100,7 @@ public:
 
 private:
     std::mutex mutex_; ///< guards what follows
+    std::string publishers_ = "0 publishers";
     std::string value_;
     double timestamp_ = 0.0;
     unsigned received_ = 0;
@@ -120,6 +133,10 @@ void display(const Settings& settings)
     const auto notifier = temperatures->subscribeAsync(
         DataEventFilter<DomeTemperature>(),
         [&](Subscriber<DomeTemperature>& subscriber) { readAll(subscriber, temperature); });
+
+    const auto positionWatch = watchStatus(*positions, [&](const EntityStatus& status) { position.update(status); });
+    const auto temperatureWatch =
+        watchStatus(*temperatures, [&](const EntityStatus& status) { temperature.update(status); });
 
     while (!interrupted) {
         const auto values = latest->readMostRecent(250ms); // sleeps, then reads

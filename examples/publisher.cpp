@@ -3,11 +3,13 @@
 #include "Settings.hpp"
 
 #include <plex/Plex.hpp>
+#include <plex/dds/Status.hpp>
 #include <vexstubif/AltAz.hpp>
 #include <vexstubif/DomeTemperature.hpp>
 
 #include <chrono>
 #include <iostream>
+#include <stdexcept>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -15,11 +17,23 @@ using namespace std::chrono_literals;
 namespace
 {
 
-void publish(const Settings& settings, unsigned count, double rate)
+/// Waits until a publisher has so many subscribers, so that they get its first value, too.
+template <class Publisher>
+void awaitSubscribers(const Publisher& publisher, unsigned count)
+{
+    if (!waitForMatched(publisher, count, 30s)) {
+        throw std::runtime_error("fewer than " + std::to_string(count) + " subscribers after 30 s");
+    }
+}
+
+void publish(const Settings& settings, unsigned count, double rate, unsigned subscribers)
 {
     auto plex = ovra::plex::Plex::create(settings.properties());
     auto positions = plex->createPublisher<vexstubif::AltAz>(settings.uri("dome/position"));
     auto temperatures = plex->createPublisher<vexstubif::DomeTemperature>(settings.uri("dome/temperature"));
+
+    awaitSubscribers(*positions, subscribers);
+    awaitSubscribers(*temperatures, subscribers);
 
     auto position = positions->createDataEntity();
     auto temperature = temperatures->createDataEntity();
@@ -50,16 +64,18 @@ int main(int argc, char** argv)
     Settings settings;
     unsigned count = 100;
     double rate = 20.0;
+    unsigned subscribers = 0;
     settings.addTo(commandLine);
     commandLine.option("--count", count, "how many values of each topic");
     commandLine.option("--rate", rate, "values a second");
+    commandLine.option("--subscribers", subscribers, "how many subscribers of each topic to wait for");
     if (const auto exitCode = commandLine.parse(argc, argv)) {
         return *exitCode;
     }
 
     configureLogging();
     try {
-        publish(settings, count, rate);
+        publish(settings, count, rate, subscribers);
     } catch (const std::exception& error) {
         std::cerr << "publisher: " << error.what() << '\n';
         return 1;

@@ -5,6 +5,7 @@
 #include <plex/dds/ProfileName.hpp>
 #include <plex/ps/internal/DdsEntityBase.hpp>
 #include <plex/ps/internal/Deletions.hpp>
+#include <plex/ps/internal/Endpoint.hpp>
 #include <plex/ps/internal/Settings.hpp>
 
 #include <fastdds/dds/publisher/qos/DataWriterQos.hpp>
@@ -75,7 +76,7 @@ DdsEntityBase::DdsEntityBase(Uri uri, qos::QoSList qos, Plex::Properties propert
     : uri_(std::move(uri))
     , qos_(std::move(qos))
     , properties_(std::move(properties))
-    , participant_(std::move(participant))
+    , participant_(watched(std::move(participant)))
     , typeSupport_(std::move(typeSupport))
 {
     DdsUriHelper::checkUri(uri_, true);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <plex/module/UndecodableSamples.hpp>
+#include <plex/ps/internal/Endpoint.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 
 #include <fastdds/dds/topic/TopicDescription.hpp>
@@ -19,6 +20,7 @@ void warnOf(const UndecodableSamples& undecodable, const dds::DataReader& reader
     LOG4CPLUS_WARN(log4cplus::Logger::getInstance("plexDdsBasePubSub"),
                    "Passed over " << undecodable.count() << " samples of topic " << topic->get_name()
                                   << " that can not be decoded as " << topic->get_type_name());
+    noteUndecodable(reader, undecodable.count(), undecodable.lastBytes());
 }
 
 } // namespace

@@ -16,10 +16,12 @@ UndecodableSamples*& UndecodableSamples::innermost()
     return innermostOfThread;
 }
 
-void UndecodableSamples::add(const void* sample)
+void UndecodableSamples::add(const void* sample, std::span<const std::uint8_t> bytes)
 {
     if (auto* const gathering = innermost()) {
         gathering->samples_.push_back(sample);
+        const auto first = bytes.first(std::min(bytes.size(), mostBytes));
+        gathering->lastBytes_.assign(first.begin(), first.end());
     }
 }
 

@@ -10,6 +10,12 @@ plex_add_test(engine-subscription-tests
         SubscriptionTest.cpp
     LIBRARIES plex-dds-vexstubif)
 
+plex_add_test(engine-status-tests
+    SOURCES
+        StatusTest.cpp
+    LIBRARIES plex-dds-vexstubif)
+target_compile_definitions(engine-status-tests PRIVATE PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml")
+
 plex_add_test(engine-event-tests
     SOURCES
         EventReadTest.cpp

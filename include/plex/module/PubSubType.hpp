@@ -136,7 +136,7 @@ public:
         if (decodePayload(*payload, *static_cast<DdsType*>(data))) {
             return true;
         }
-        UndecodableSamples::add(data);
+        UndecodableSamples::add(data, {payload->data, payload->length});
         return false;
     }
 

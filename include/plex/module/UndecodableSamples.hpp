@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <span>
 #include <vector>
 
 namespace ovra::plex::ps
@@ -26,7 +28,8 @@ public:
     ~UndecodableSamples() { innermost_ = outer_; }
 
     /// Notes, if a take or read is under way on this thread, that a sample can not be decoded.
-    static void add(const void* sample);
+    /// @param bytes its payload.
+    static void add(const void* sample, std::span<const std::uint8_t> bytes);
 
     bool areAny() const { return !samples_.empty(); }
 
@@ -34,13 +37,19 @@ public:
 
     bool contain(const void* sample) const { return std::ranges::find(samples_, sample) != samples_.end(); }
 
+    /// The first bytes of the last one's payload.
+    std::span<const std::uint8_t> lastBytes() const { return lastBytes_; }
+
 private:
+    static constexpr std::size_t mostBytes = 32;
+
     /// Of the calling thread, one in the process.
     static UndecodableSamples*& innermost();
 
     UndecodableSamples*& innermost_;
     UndecodableSamples* const outer_;
     std::vector<const void*> samples_;
+    std::vector<std::uint8_t> lastBytes_;
 };
 
 } // namespace ovra::plex::ps

@@ -4,6 +4,7 @@
 #include <plex/Publisher.hpp>
 #include <plex/ps/internal/CallbackTurn.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
+#include <plex/ps/internal/Endpoint.hpp>
 #include <plex/ps/internal/SharedEntity.hpp>
 
 #include <chrono>
@@ -52,6 +53,12 @@ public:
 
     const Uri& uri() const { return this->uri_; }
 
+    /// What is known of its writer. @throws IllegalStateException unless open.
+    std::shared_ptr<internal::Endpoint> endpoint() const;
+
+    /// Waits until what was sent is acknowledged. @throws IllegalStateException unless open.
+    fastdds::ReturnCode awaitAcknowledgments(const fastdds::Duration_t& timeout);
+
     /// Remembers an instance publisher, so that closing this publisher closes it.
     /// @throws IllegalStateException when this publisher is closed.
     void addDependent(InstancePublisher<T>& dependent);
@@ -73,6 +80,7 @@ private:
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Publisher> publisher_;
     internal::SharedWriter writer_;
+    std::shared_ptr<internal::Endpoint> endpoint_;
     const std::shared_ptr<Plex> plex_;
     std::mutex closeMutex_;      ///< held while closing; taken by lockToClose(), before everything else
     std::mutex dependentsMutex_; ///< guards what follows; taken before an instance publisher's mutex

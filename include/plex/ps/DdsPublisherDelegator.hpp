@@ -3,6 +3,7 @@
 
 #include <plex/ps/DdsPublisher.hpp>
 #include <plex/ps/InstanceDdsPublisher.hpp>
+#include <plex/ps/internal/ObservedEntity.hpp>
 
 #include <chrono>
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace ovra::plex::ps
 /// What an application holds: forwards every call to a publisher that it shares with its instance
 /// publishers.
 template <class T, class ST>
-class DdsPublisherDelegator final : public Publisher<T>
+class DdsPublisherDelegator final : public Publisher<T>, public internal::ObservedEntity
 {
 public:
     /// @throws PlexException when property "dds.wait_for_ack.timeout_ms" is no number.
@@ -28,6 +29,13 @@ public:
     void close() override;
 
 private:
+    std::shared_ptr<internal::Endpoint> endpoint() const override { return impl_->endpoint(); }
+
+    fastdds::ReturnCode awaitAcknowledgments(const fastdds::Duration_t& timeout) override
+    {
+        return impl_->awaitAcknowledgments(timeout);
+    }
+
     const std::shared_ptr<DdsPublisher<T, ST>> impl_;
     const std::int64_t waitForAckTimeoutMs_; ///< for the instance publishers
 };

@@ -5,6 +5,7 @@
 #include <plex/ps/SubscriptionManager.hpp>
 #include <plex/ps/internal/DataWait.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
+#include <plex/ps/internal/Endpoint.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 #include <plex/ps/internal/SharedEntity.hpp>
 
@@ -76,6 +77,9 @@ public:
 
     /// The manager of the callback subscriptions; empty once closed.
     std::shared_ptr<SubscriptionManager<T, ST>> subscriptionManager() const { return manager_.load(); }
+
+    /// What is known of its reader. @throws IllegalStateException unless open.
+    std::shared_ptr<internal::Endpoint> endpoint() const;
 
 private:
     using DdsType = typename ST::DdsType;
@@ -158,8 +162,8 @@ private:
     /// Whether a take or read brought samples. @throws PlexException on any failure but NO_DATA.
     bool checkTaken(fastdds::ReturnCode result, const char* failureText) const;
 
-    /// Whether a sample has a value that the QoS lets pass.
-    bool isDeliverable(const Samples& samples, std::int32_t index) const;
+    /// Whether a sample has a value that the QoS lets pass; counted.
+    bool isDeliverable(const Samples& samples, std::int32_t index, internal::Tally& tally) const;
 
     /// Makes the first deliverable sample of a loan its value. @returns whether there is one.
     bool viewFirstDeliverable(DdsLoanedDataEntity& loan) const;
@@ -167,6 +171,7 @@ private:
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriber");
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Subscriber> subscriber_;
+    std::shared_ptr<internal::Endpoint> endpoint_;
     internal::SharedReader reader_; ///< closed before create() and after close()
     std::atomic<std::shared_ptr<SubscriptionManager<T, ST>>> manager_; ///< empty then
     internal::dds::GuardCondition closing_; ///< wakes the operations that wait for data

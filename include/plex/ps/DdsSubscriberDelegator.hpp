@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/ps/DdsSubscriber.hpp>
+#include <plex/ps/internal/ObservedEntity.hpp>
 
 #include <chrono>
 #include <cstddef>
@@ -14,7 +15,7 @@ namespace ovra::plex::ps
 /// What an application holds: forwards every call to a subscriber that it shares with its loans and
 /// subscriptions. Dropping it does not close the subscriber while one of these is left.
 template <class T, class ST>
-class DdsSubscriberDelegator final : public Subscriber<T>
+class DdsSubscriberDelegator final : public Subscriber<T>, public internal::ObservedEntity
 {
 public:
     using Callback = typename Subscriber<T>::Callback;
@@ -44,6 +45,8 @@ public:
                                                  Notifier notifier) override;
 
 private:
+    std::shared_ptr<internal::Endpoint> endpoint() const override { return impl_->endpoint(); }
+
     const std::shared_ptr<DdsSubscriber<T, ST>> impl_;
 };
 

@@ -3,6 +3,7 @@
 
 #include <plex/InstancePublisher.hpp>
 #include <plex/ps/DdsPublisher.hpp>
+#include <plex/ps/internal/ObservedEntity.hpp>
 
 #include <atomic>
 #include <chrono>
@@ -22,7 +23,7 @@ namespace ovra::plex::ps
 /// keeps the writer until it has written. Ownership: shares its parent, which knows it without owning it;
 /// owns its DDS publisher and writer.
 template <class T, class ST>
-class InstanceDdsPublisher final : public InstancePublisher<T>
+class InstanceDdsPublisher final : public InstancePublisher<T>, public internal::ObservedEntity
 {
 public:
     /// Registers the instance whose key the value carries, and makes itself known to the parent.
@@ -47,6 +48,9 @@ public:
     void close() override;
 
 private:
+    std::shared_ptr<internal::Endpoint> endpoint() const override;
+    fastdds::ReturnCode awaitAcknowledgments(const fastdds::Duration_t& timeout) override;
+
     template <class Write>
     void publishBy(Write write);
     internal::SharedWriter::Use openWriter();
@@ -61,6 +65,7 @@ private:
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Publisher> publisher_;
     internal::SharedWriter writer_;
+    std::shared_ptr<internal::Endpoint> endpoint_;
     fastdds::InstanceHandle_t instanceHandle_;
     std::atomic<bool> closed_ = false;
     std::mutex mutex_; ///< taken by lockToClose() for closing

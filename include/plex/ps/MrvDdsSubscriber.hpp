@@ -5,6 +5,7 @@
 #include <plex/ps/internal/CallbackThread.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
+#include <plex/ps/internal/ObservedEntity.hpp>
 
 #include <chrono>
 #include <memory>
@@ -19,7 +20,9 @@ namespace ovra::plex::ps
 /// Its reader's quality of service is fixed: best effort, volatile, the last sample of each instance.
 /// Threads and ownership: as the contract says.
 template <class T, class ST>
-class MrvDdsSubscriber final : public MrvSubscriber<T>, protected internal::DdsBasePubSub<T, ST>
+class MrvDdsSubscriber final : public MrvSubscriber<T>,
+                               public internal::ObservedEntity,
+                               protected internal::DdsBasePubSub<T, ST>
 {
 public:
     /// Makes all DDS entities.
@@ -35,6 +38,7 @@ public:
     std::vector<std::shared_ptr<T>> readMostRecent(const std::chrono::milliseconds& timeout) override;
 
 private:
+    std::shared_ptr<internal::Endpoint> endpoint() const override;
     std::shared_ptr<internal::dds::Topic> makeTopic();
     std::shared_ptr<internal::dds::DataReader> makeReader();
     void release();
@@ -43,6 +47,7 @@ private:
     std::shared_ptr<internal::dds::Topic> m_topic;
     std::shared_ptr<internal::dds::Subscriber> m_subscriber;
     std::shared_ptr<internal::dds::DataReader> m_reader;
+    std::shared_ptr<internal::Endpoint> m_endpoint;
     std::mutex m_closeMutex; ///< held while closing
 };
 

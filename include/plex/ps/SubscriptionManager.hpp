@@ -5,6 +5,7 @@
 #include <plex/ps/DdsDataEvent.hpp>
 #include <plex/ps/DdsSubscription.hpp>
 #include <plex/ps/internal/CallbackTurn.hpp>
+#include <plex/ps/internal/Endpoint.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 #include <plex/ps/internal/PollTurn.hpp>
 #include <plex/ps/internal/SampleFilter.hpp>
@@ -60,7 +61,8 @@ public:
 
     /// Sets what it reads from, whose listener is to hand data to this manager. To be called once, before
     /// anything else.
-    void setReader(std::shared_ptr<internal::dds::DataReader> reader);
+    void setReader(std::shared_ptr<internal::dds::DataReader> reader,
+                   std::shared_ptr<internal::Endpoint> endpoint);
 
     /// Detaches the listener and forgets all subscriptions. Outside callbacks, waits for those that run on
     /// other threads; none starts once this has returned.
@@ -109,9 +111,6 @@ public:
 
     /// Whether there are samples that a callback that threw has left untold.
     bool hasUntold() const { return hasUntold_; }
-
-    /// How many exceptions of asynchronous callbacks and notifiers have been logged.
-    std::uint64_t loggedExceptions() const { return loggedExceptions_; }
 
 private:
     template <class Function>
@@ -168,6 +167,9 @@ private:
     /// Gives samples back when it ends.
     internal::LoanGuard guardLoan(Samples& samples) const;
 
+    /// Whether a sample that was taken is young enough to be told; counted.
+    bool isFresh(const internal::dds::SampleInfo& info) const;
+
     /// Whether a subscription is told of a sample: by its age and the filter.
     bool wants(const SubscriptionInfo& subscription, const DdsType& sample,
                const internal::dds::SampleInfo& info) const;
@@ -194,8 +196,8 @@ private:
     const internal::AgeLimits ageLimits_;
     const internal::CallbacksOn callbacksOn_;
     const bool logsExceptions_;
-    std::atomic<std::uint64_t> loggedExceptions_ = 0;
     std::shared_ptr<internal::dds::DataReader> reader_; ///< empty when it is released
+    std::shared_ptr<internal::Endpoint> endpoint_;
     std::string topicName_;
     const internal::dds::DomainParticipant* participant_ = nullptr;
 

@@ -34,15 +34,17 @@ public:
 
     void on_data_available(internal::dds::DataReader* /*reader*/) override { manager_->dataArrived(); }
 
-    void on_subscription_matched(internal::dds::DataReader* /*reader*/,
-                                 const internal::dds::SubscriptionMatchedStatus& /*status*/) override
+    void on_subscription_matched(internal::dds::DataReader* reader,
+                                 const internal::dds::SubscriptionMatchedStatus& status) override
     {
+        tellStatus(*reader, [&](auto& listener) { listener.on_subscription_matched(reader, status); });
     }
 
-    void on_requested_deadline_missed(internal::dds::DataReader* /*reader*/,
-                                      const internal::dds::RequestedDeadlineMissedStatus& /*status*/) override
+    void on_requested_deadline_missed(internal::dds::DataReader* reader,
+                                      const internal::dds::RequestedDeadlineMissedStatus& status) override
     {
         internal::recordWarning(logger_, "on_requested_deadline_missed");
+        tellStatus(*reader, [&](auto& listener) { listener.on_requested_deadline_missed(reader, status); });
     }
 
     void on_liveliness_changed(internal::dds::DataReader* /*reader*/,
@@ -50,9 +52,10 @@ public:
     {
     }
 
-    void on_sample_rejected(internal::dds::DataReader* /*reader*/,
-                            const internal::dds::SampleRejectedStatus& /*status*/) override
+    void on_sample_rejected(internal::dds::DataReader* reader,
+                            const internal::dds::SampleRejectedStatus& status) override
     {
+        tellStatus(*reader, [&](auto& listener) { listener.on_sample_rejected(reader, status); });
     }
 
     void
@@ -62,12 +65,21 @@ public:
         internal::recordWarning(logger_, "Requested incompatible QoS ");
     }
 
-    void on_sample_lost(internal::dds::DataReader* /*reader*/,
-                        const internal::dds::SampleLostStatus& /*status*/) override
+    void on_sample_lost(internal::dds::DataReader* reader,
+                        const internal::dds::SampleLostStatus& status) override
     {
+        tellStatus(*reader, [&](auto& listener) { listener.on_sample_lost(reader, status); });
     }
 
 private:
+    template <class Tell>
+    static void tellStatus(const internal::dds::DataReader& reader, Tell tell)
+    {
+        if (const auto listener = internal::statusListenerOf(reader)) {
+            tell(*listener);
+        }
+    }
+
     log4cplus::Logger logger_ = log4cplus::Logger::getInstance("plexDdsSubscriptionReaderListener");
     const std::shared_ptr<SubscriptionManager> manager_;
 };

@@ -38,8 +38,10 @@ void DdsPublisher<T, ST>::createDdsEntities()
     topic_ = internal::holdTopic(this->participant_, this->createTopic().first, logger_,
                                  "Failed to delete topic for dds publisher");
     publisher_ = internal::holdPublisher(this->participant_, this->createPublisher(), texts);
-    writer_.set(internal::holdWriter(publisher_, topic_,
-                                     this->createWriter(*publisher_, *topic_, logger_, historyDepth), texts));
+    auto writer = internal::holdWriter(
+        publisher_, topic_, this->createWriter(*publisher_, *topic_, logger_, historyDepth), texts);
+    endpoint_ = internal::Endpoint::of(*writer);
+    writer_.set(std::move(writer));
 }
 
 template <class T, class ST>
@@ -83,6 +85,7 @@ void DdsPublisher<T, ST>::publishBy(Write write)
             this->failClosed();
         }
         checkWritten(fastdds::code(write(*writer)));
+        internal::count(endpoint_->counters.published);
     }
     publication.callBack(); // the last thing here, as a callback may destroy this publisher
 }
@@ -116,6 +119,23 @@ std::shared_ptr<T> DdsPublisher<T, ST>::createDataEntity()
 {
     this->checkState();
     return createDataEntityInternal<T, ST>();
+}
+
+template <class T, class ST>
+std::shared_ptr<internal::Endpoint> DdsPublisher<T, ST>::endpoint() const
+{
+    this->checkState();
+    return endpoint_;
+}
+
+template <class T, class ST>
+fastdds::ReturnCode DdsPublisher<T, ST>::awaitAcknowledgments(const fastdds::Duration_t& timeout)
+{
+    const auto writer = writer_.use();
+    if (!writer) {
+        this->failClosed();
+    }
+    return fastdds::code(writer->wait_for_acknowledgments(timeout));
 }
 
 template <class T, class ST>

@@ -56,7 +56,8 @@ std::shared_ptr<internal::dds::DataReader> DdsSubscriber<T, ST>::createReader()
     if (result != fastdds::RETCODE_OK) {
         internal::fail(logger_, internal::withCode("Failed to attach a listener to the DDS reader", result));
     }
-    manager->setReader(reader);
+    endpoint_ = internal::Endpoint::of(*reader);
+    manager->setReader(reader, endpoint_);
     manager_ = std::move(manager);
     return reader;
 }
@@ -124,9 +125,24 @@ bool DdsSubscriber<T, ST>::checkTaken(fastdds::ReturnCode result, const char* fa
 }
 
 template <class T, class ST>
-bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index) const
+bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index, internal::Tally& tally) const
 {
-    return samples.hasValue(index) && !this->isQosExceeded(samples.infos[index]);
+    if (!samples.hasValue(index)) {
+        return false;
+    }
+    ++tally.received;
+    if (this->isQosExceeded(samples.infos[index])) {
+        ++tally.tooOld;
+        return false;
+    }
+    return true;
+}
+
+template <class T, class ST>
+std::shared_ptr<internal::Endpoint> DdsSubscriber<T, ST>::endpoint() const
+{
+    this->checkState();
+    return endpoint_;
 }
 
 template <class T, class ST>
@@ -147,9 +163,11 @@ std::size_t DdsSubscriber<T, ST>::takeValues(internal::dds::DataReader& reader,
         return 0; // what was taken is not lost with it: a failure that lasts meets the next call
     }
     const internal::LoanGuard guard(reader, samples, logger_, internal::loanNotReturned);
+    internal::Tally tally(endpoint_->counters);
     for (std::int32_t i = 0; i < samples.size(); ++i) {
-        if (isDeliverable(samples, i)) {
+        if (isDeliverable(samples, i, tally)) {
             values.push_back(createDataEntityFrom<T, ST>(samples.data[i]));
+            ++tally.delivered;
         }
     }
     return static_cast<std::size_t>(samples.size());
@@ -197,8 +215,10 @@ std::shared_ptr<T> DdsSubscriber<T, ST>::readInstance(const T& value)
         return nullptr;
     }
     const internal::LoanGuard guard(*reader, samples, logger_, internal::loanNotReturned);
+    internal::Tally tally(endpoint_->counters);
     for (std::int32_t i = 0; i < samples.size(); ++i) {
-        if (isDeliverable(samples, i)) {
+        if (isDeliverable(samples, i, tally)) {
+            ++tally.delivered;
             return createDataEntityFrom<T, ST>(samples.data[i]);
         }
     }
@@ -251,9 +271,11 @@ template <class T, class ST>
 bool DdsSubscriber<T, ST>::viewFirstDeliverable(DdsLoanedDataEntity& loan) const
 {
     Samples& samples = loan.samples();
+    internal::Tally tally(endpoint_->counters);
     for (std::int32_t i = 0; i < samples.size(); ++i) {
-        if (isDeliverable(samples, i)) {
+        if (isDeliverable(samples, i, tally)) {
             loan.view(samples.data[i]);
+            ++tally.delivered;
             return true;
         }
     }

@@ -34,14 +34,16 @@ std::size_t DdsSubscriber<T, ST>::readDataEvents(const DataEventFilter<T>& filte
 template <class T, class ST>
 void DdsSubscriber<T, ST>::appendEvents(const Samples& samples, EventRead& read) const
 {
+    internal::Tally tally(endpoint_->counters);
     for (std::int32_t i = 0; i < samples.size() && read.remaining > 0; ++i) {
         const auto& info = samples.infos[i];
-        if (isDeliverable(samples, i) && Manager::matches(samples.data[i], info, read.filter)) {
+        if (isDeliverable(samples, i, tally) && Manager::matches(samples.data[i], info, read.filter)) {
             read.events.push_back(
                 std::make_shared<DdsDataEvent<T>>(internal::toSeconds(info.source_timestamp), true,
                                                   createDataEntityFrom<T, ST>(samples.data[i]),
                                                   read.filter.instanceState(), InstanceEvent::Update));
             --read.remaining;
+            ++tally.delivered;
         }
     }
 }

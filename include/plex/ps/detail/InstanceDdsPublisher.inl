@@ -50,6 +50,7 @@ void InstanceDdsPublisher<T, ST>::createDdsEntities(const T& value)
     if (!instanceHandle_.isDefined() && instanceHandle_ == internal::dds::HANDLE_NIL) {
         internal::fail<IllegalStateException>(logger_, "Key instance not created");
     }
+    endpoint_ = internal::Endpoint::of(*writer);
     writer_.set(std::move(writer));
 }
 
@@ -101,6 +102,7 @@ void InstanceDdsPublisher<T, ST>::publishBy(Write write)
         const std::lock_guard lock(mutex_);
         const auto writer = openWriter();
         checkWritten(fastdds::code(write(*writer)));
+        internal::count(endpoint_->counters.published);
     }
     publication.callBack(); // the last thing here, as a callback may destroy this publisher
 }
@@ -139,6 +141,22 @@ std::shared_ptr<T> InstanceDdsPublisher<T, ST>::createDataEntity()
         internal::failWithErrMsg(logger_, internal::withCode("Getting instance key failed", result));
     }
     return entity;
+}
+
+template <class T, class ST>
+std::shared_ptr<internal::Endpoint> InstanceDdsPublisher<T, ST>::endpoint() const
+{
+    if (closed_) {
+        failClosed();
+    }
+    return endpoint_;
+}
+
+template <class T, class ST>
+fastdds::ReturnCode
+InstanceDdsPublisher<T, ST>::awaitAcknowledgments(const fastdds::Duration_t& timeout)
+{
+    return fastdds::code(openWriter()->wait_for_acknowledgments(timeout));
 }
 
 template <class T, class ST>

@@ -16,6 +16,7 @@ MrvDdsSubscriber<T, ST>::MrvDdsSubscriber(const Uri& uri, const qos::QoSList& qo
     , m_topic(makeTopic())
     , m_subscriber(this->createSubscriber())
     , m_reader(makeReader())
+    , m_endpoint(internal::Endpoint::of(*m_reader))
 {
     this->state_ = internal::EntityState::Initialized;
 }
@@ -24,6 +25,13 @@ template <class T, class ST>
 MrvDdsSubscriber<T, ST>::~MrvDdsSubscriber()
 {
     release();
+}
+
+template <class T, class ST>
+std::shared_ptr<internal::Endpoint> MrvDdsSubscriber<T, ST>::endpoint() const
+{
+    this->checkState();
+    return m_endpoint;
 }
 
 template <class T, class ST>
@@ -83,13 +91,16 @@ MrvDdsSubscriber<T, ST>::readMostRecent(const std::chrono::milliseconds& timeout
             "Reader failed to return loaned data back to the middle-layer for Mrv dds subscriber");
     };
     std::vector<std::shared_ptr<T>> values;
+    internal::Tally tally(m_endpoint->counters);
     const auto append = [&](const Samples& samples) {
         if (!samples.hasValue(0)) {
             return; // a change of state only, as when one of several writers went, or what can not be decoded
         }
+        tally.received += samples.countUnread();
         auto value = createDataEntityInternal<T, ST>();
         obtainImpl<T, ST>(*value, m_logger).assign(samples.data[0]);
         values.push_back(std::move(value));
+        ++tally.delivered;
     };
     const auto result = internal::readInstances<typename ST::DdsType>(
         *m_reader, internal::dds::ALIVE_INSTANCE_STATE, internal::dds::LENGTH_UNLIMITED, makeGuard, append);

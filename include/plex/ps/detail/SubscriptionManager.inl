@@ -25,8 +25,10 @@ SubscriptionManager<T, ST>::SubscriptionManager(Subscriber<T>& owner, internal::
 }
 
 template <class T, class ST>
-void SubscriptionManager<T, ST>::setReader(std::shared_ptr<internal::dds::DataReader> reader)
+void SubscriptionManager<T, ST>::setReader(std::shared_ptr<internal::dds::DataReader> reader,
+                                           std::shared_ptr<internal::Endpoint> endpoint)
 {
+    endpoint_ = std::move(endpoint);
     topicName_ = reader->get_topicdescription()->get_name();
     participant_ = reader->get_subscriber()->get_participant();
     reader_ = std::move(reader);
@@ -301,7 +303,7 @@ void SubscriptionManager<T, ST>::dispatchToListeners()
         if (subscriptions.empty() || !takeNext()) {
             return;
         }
-        if (!takenInfo_.valid_data) {
+        if (!takenInfo_.valid_data || !isFresh(takenInfo_)) {
             continue;
         }
         for (const auto& subscription : subscriptions) {
@@ -362,7 +364,8 @@ std::size_t SubscriptionManager<T, ST>::dispatchToSync(const Samples& samples)
     const auto count = static_cast<std::size_t>(samples.size());
     std::vector<bool> told(count);
     for (std::size_t i = 0; i < count; ++i) {
-        told[i] = !samples.hasValue(static_cast<std::int32_t>(i));
+        const auto index = static_cast<std::int32_t>(i);
+        told[i] = !samples.hasValue(index) || !isFresh(samples.infos[index]);
     }
     const auto sampleAt = [&](std::size_t i) -> const DdsType& {
         return samples.data[static_cast<std::int32_t>(i)];
@@ -428,6 +431,17 @@ void SubscriptionManager<T, ST>::tellPolled(std::vector<bool>& told, SampleAt sa
 }
 
 template <class T, class ST>
+bool SubscriptionManager<T, ST>::isFresh(const internal::dds::SampleInfo& info) const
+{
+    internal::count(endpoint_->counters.received);
+    if (!ageLimits_.areExceededBy(info)) {
+        return true;
+    }
+    internal::count(endpoint_->counters.tooOld);
+    return false;
+}
+
+template <class T, class ST>
 bool SubscriptionManager<T, ST>::wants(const SubscriptionInfo& subscription, const DdsType& sample,
                                        const internal::dds::SampleInfo& info) const
 {
@@ -441,6 +455,7 @@ void SubscriptionManager<T, ST>::tell(SubscriptionInfo& subscription, const inte
 {
     const DdsDataEvent<T> event(internal::toSeconds(info.source_timestamp), true, makeData(),
                                 subscription.filter.instanceState(), internal::deduceInstanceEvent(info));
+    internal::count(endpoint_->counters.delivered);
     subscription.function(owner_, event);
 }
 
@@ -472,14 +487,13 @@ template <class T, class ST>
 template <class Run>
 void SubscriptionManager<T, ST>::guarded(Run run)
 {
-    if (!logsExceptions_) {
-        run();
-        return;
-    }
     try {
         run();
     } catch (...) {
-        ++loggedExceptions_;
+        internal::count(endpoint_->counters.callbacksThrew);
+        if (!logsExceptions_) {
+            throw;
+        }
         internal::recordCallbackFailure(logger_, topicName_);
     }
 }

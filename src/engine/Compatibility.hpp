@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <plex/dds/Status.hpp>
+#include <plex/fastdds/DiscoveryListener.hpp>
+
+#include <vector>
+
+/// Whether a writer and a reader of one topic fit, and what they announce, in words.
+namespace ovra::plex::ps::internal
+{
+
+/// Whether an endpoint writes, by its entity kind (RTPS 2.5, 9.3.1.2).
+bool isWriter(const fastdds::Guid& endpoint);
+
+/// All that keeps a writer and a reader of one topic apart, by the standards. Fast DDS itself goes by all of it but
+/// latency budget, destination order and presentation.
+std::vector<Refusal> refusalsBetween(const fastdds::AnnouncedEndpoint& writer,
+                                     const fastdds::AnnouncedEndpoint& reader);
+
+/// The announced policies in words, in a fixed order.
+std::vector<Policy> policiesOf(const fastdds::AnnouncedEndpoint& endpoint);
+
+} // namespace ovra::plex::ps::internal

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Discovery.hpp"
+#include "StatusThread.hpp"
+#include "WatchedParticipants.hpp"
+
+#include <plex/ps/internal/Failure.hpp>
+
+#include <log4cplus/loggingmacros.h>
+
+#include <cstdlib>
+
+namespace ovra::plex::ps::internal
+{
+
+/// Made as the first participant is watched, so after what Fast DDS keeps for the process.
+BackgroundThread& statusThread()
+{
+    static BackgroundThread& thread = []() -> BackgroundThread& {
+        static auto& made = *new BackgroundThread("plex-status");
+        std::atexit([] { made.finish(); });
+        return made;
+    }();
+    return thread;
+}
+
+/// A status callback with what ends it.
+class Endpoint::Watcher
+{
+public:
+    explicit Watcher(ObservableEntity::StatusCallback callback) : callback_(std::move(callback)) {}
+
+    void call(const EntityStatus& status)
+    {
+        const std::lock_guard lock(running_);
+        if (hasEnded_) {
+            return;
+        }
+        try {
+            callback_(status);
+        } catch (...) {
+            recordCallbackFailure(log4cplus::Logger::getInstance("plexDdsDiscovery"), status.topic);
+        }
+    }
+
+    void end()
+    {
+        hasEnded_ = true;
+        if (!statusThread().isHere()) {
+            const std::lock_guard untilReturned(running_);
+        }
+    }
+
+private:
+    const ObservableEntity::StatusCallback callback_;
+    std::mutex running_; ///< held while the callback runs
+    std::atomic<bool> hasEnded_ = false;
+};
+
+class Endpoint::Watch final : public StatusWatch
+{
+public:
+    explicit Watch(std::shared_ptr<Watcher> watcher) : watcher_(std::move(watcher)) {}
+
+    ~Watch() override { watcher_->end(); }
+
+private:
+    const std::shared_ptr<Watcher> watcher_;
+};
+
+Endpoint::Endpoint(std::weak_ptr<Discovery> discovery, const fastdds::Guid& guid)
+    : discovery_(std::move(discovery))
+    , guid_(guid)
+    , state_(std::make_unique<State>())
+{
+}
+
+Endpoint::~Endpoint() = default;
+
+std::shared_ptr<Endpoint> Endpoint::of(const dds::DataWriter& writer)
+{
+    return discoveryOf(*writer.get_publisher()->get_participant())->endpoint(writer.guid());
+}
+
+std::shared_ptr<Endpoint> Endpoint::of(const dds::DataReader& reader)
+{
+    return discoveryOf(*reader.get_subscriber()->get_participant())->endpoint(reader.guid());
+}
+
+EntityStatus Endpoint::status() const
+{
+    const auto discovery = discovery_.lock();
+    return discovery ? discovery->statusOf(*this) : EntityStatus();
+}
+
+Counters Endpoint::countersNow() const
+{
+    const auto now = [](const std::atomic<std::uint64_t>& counter) {
+        return counter.load(std::memory_order_relaxed);
+    };
+    Counters all;
+    all.published = now(counters.published);
+    all.delivered = now(counters.delivered); // before those that it is part of
+    all.tooOld = now(counters.tooOld);
+    all.received = now(counters.received);
+    all.callbacksThrew = now(counters.callbacksThrew);
+    all.undecodable = state_->undecodable;
+    all.undecodableBytes = state_->undecodableBytes;
+    all.lost = state_->lost;
+    all.rejected = state_->rejected;
+    all.rejectedBy = state_->rejectedBy;
+    all.deadlinesMissed = state_->deadlinesMissed;
+    return all;
+}
+
+bool Endpoint::waitForMatched(std::size_t count, std::chrono::milliseconds timeout) const
+{
+    if (timeout.count() < 0) {
+        throw PlexException("Negative timeout given to waitForMatched");
+    }
+    const auto discovery = discovery_.lock();
+    return discovery && discovery->waitForMatched(*this, count, timeout);
+}
+
+std::vector<Peer> Endpoint::acknowledgingPeers() const
+{
+    const auto discovery = discovery_.lock();
+    return discovery ? discovery->acknowledgingPeersOf(*this) : std::vector<Peer>();
+}
+
+std::unique_ptr<StatusWatch> Endpoint::watch(ObservableEntity::StatusCallback callback)
+{
+    auto watcher = std::make_shared<Watcher>(std::move(callback));
+    {
+        const std::lock_guard lock(watchersMutex_);
+        std::erase_if(watchers_, [](const auto& known) { return known.expired(); });
+        watchers_.push_back(watcher);
+    }
+    if (const auto discovery = discovery_.lock()) {
+        discovery->tellOf(*this);
+    }
+    return std::make_unique<Watch>(std::move(watcher));
+}
+
+void Endpoint::tell(const EntityStatus& status)
+{
+    recordMatches(status);
+    recordRefusals(status);
+    recordLosses(status);
+    std::vector<std::weak_ptr<Watcher>> watchers;
+    {
+        const std::lock_guard lock(watchersMutex_);
+        watchers = watchers_;
+    }
+    for (const auto& watching : watchers) {
+        if (const auto watcher = watching.lock()) {
+            watcher->call(status);
+        }
+    }
+}
+
+void noteUndecodable(const dds::DataReader& reader, std::size_t count, std::span<const std::uint8_t> bytes)
+{
+    if (const auto discovery = discoveryOf(*reader.get_subscriber()->get_participant())) {
+        discovery->undecodable(reader.guid(), count, bytes);
+    }
+}
+
+} // namespace ovra::plex::ps::internal
