@@ -78,7 +78,8 @@ public:
         const std::lock_guard<std::mutex> lock(mutex_);
         publishers_ = std::to_string(status.matched.size()) + " publishers";
         for (const auto& peer : status.refused) {
-            publishers_ += "; one of process " + peer.process + " does not fit: " + toString(peer.refusals.front());
+            publishers_ +=
+                "; one of process " + peer.process + " does not fit: " + toString(peer.refusals.front());
         }
     }
 
@@ -134,7 +135,8 @@ void display(const Settings& settings)
         DataEventFilter<DomeTemperature>(),
         [&](Subscriber<DomeTemperature>& subscriber) { readAll(subscriber, temperature); });
 
-    const auto positionWatch = watchStatus(*positions, [&](const EntityStatus& status) { position.update(status); });
+    const auto positionWatch =
+        watchStatus(*positions, [&](const EntityStatus& status) { position.update(status); });
     const auto temperatureWatch =
         watchStatus(*temperatures, [&](const EntityStatus& status) { temperature.update(status); });
 

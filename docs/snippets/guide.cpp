@@ -6,6 +6,10 @@
 #include <vexstubif/AltAz.hpp>
 // [/use]
 
+// [status-use]
+#include <plex/dds/Status.hpp>
+// [/status-use]
+
 #include <keyed/Channel.hpp>
 
 // [log-use]
@@ -282,6 +286,47 @@ void limitAge()
     std::cout << subscriber->read(0).size() << " of " << topic.subscriber->read(0).size() << '\n';
 }
 
+void waitForSubscribers()
+{
+    const auto [plex, uri, publisher, subscriber] = Topic<AltAz>();
+    // [wait]
+    if (!waitForMatched(*publisher, 1, 10s)) {
+        std::cerr << "nobody listens\n";
+    }
+    // [/wait]
+    publishAltitude(publisher, 45.0);
+    // [acknowledged]
+    const auto acknowledgment = waitForAcknowledgments(*publisher, 1s);
+    if (acknowledgment.outcome == Acknowledgment::Outcome::TimedOut) {
+        std::cerr << "not everybody has it\n";
+    }
+    // [/acknowledged]
+    std::cout << (acknowledgment.outcome == Acknowledgment::Outcome::NobodyToAcknowledge ? "best effort\n"
+                                                                                         : "\n");
+}
+
+void askForStatus()
+{
+    const auto [plex, uri, publisher, subscriber] = Topic<AltAz>();
+    publishAltitude(publisher, 45.0);
+    subscriber->read(0);
+    // [status]
+    const EntityStatus now = status(*subscriber);
+    std::cout << now.matched.size() << " publishers, " << now.counters.delivered << " values\n";
+    for (const Peer& peer : now.refused) {
+        for (const Refusal& refusal : peer.refusals) {
+            std::cout << "process " << peer.process << " on " << peer.host << ": " << toString(refusal)
+                      << '\n';
+        }
+    }
+    // [/status]
+    // [watch]
+    std::atomic<std::size_t> publishers = 0;
+    const auto watch =
+        watchStatus(*subscriber, [&](const EntityStatus& changed) { publishers = changed.matched.size(); });
+    // [/watch]
+}
+
 void close()
 {
     const auto [plex, uri, publisher, subscriber] = Topic<AltAz>();
@@ -369,6 +414,8 @@ int main()
     run("readMostRecent", readMostRecent, "46\n");
     run("chooseQualityOfService", chooseQualityOfService, "1\n");
     run("limitAge", limitAge, "0 of 1\n");
+    run("waitForSubscribers", waitForSubscribers, "best effort\n");
+    run("askForStatus", askForStatus, "1 publishers, 1 values\n");
     run("close", close, "closed\n");
     runForErrors("handleErrors", handleErrors, "closed, or a value of another transport: Entity closed");
     runForErrors("log", log, "Publisher for dds+ps://");

@@ -12,8 +12,8 @@ namespace ovra::plex::ps::internal
 
 /// A thread of the process that lives while there is something to do.
 ///
-/// Threads: any. Objects are never destroyed, as entities may outlast main(); what is left when the process exits is
-/// done before that, if their makers have finish() called.
+/// Threads: any. Objects are never destroyed, as entities may outlast main(); what is left when the process
+/// exits is done before that, if their makers have finish() called.
 class BackgroundThread
 {
 public:

@@ -36,8 +36,8 @@ std::string inWords(const fastdds::Duration_t& duration)
         return "infinite";
     }
     std::array<char, 32> text{};
-    const auto length =
-        std::snprintf(text.data(), text.size(), "%.9g s", static_cast<double>(duration.seconds) + duration.nanosec * 1e-9);
+    const auto length = std::snprintf(text.data(), text.size(), "%.9g s",
+                                      static_cast<double>(duration.seconds) + duration.nanosec * 1e-9);
     return {text.data(), static_cast<std::size_t>(length)};
 }
 
@@ -163,31 +163,50 @@ bool representationIsAccepted(const Announced& offered, const Announced& asked)
 }
 
 const auto identity = std::to_array<Rule>({
-    {"type name", typeName, [](const Announced& offered, const Announced& asked) { return offered.type == asked.type; }},
-    {"key", keyInWords, [](const Announced& offered, const Announced& asked) { return hasKey(offered) == hasKey(asked); }},
+    {"type name", typeName,
+     [](const Announced& offered, const Announced& asked) {
+         return offered.type == asked.type;
+     }},
+    {"key", keyInWords,
+     [](const Announced& offered, const Announced& asked) {
+         return hasKey(offered) == hasKey(asked);
+     }},
 });
 
 const auto policies = std::to_array<Rule>({
     {"reliability", reliability,
-     [](const Announced& offered, const Announced& asked) { return offered.reliability >= asked.reliability; }},
+     [](const Announced& offered, const Announced& asked) {
+         return offered.reliability >= asked.reliability;
+     }},
     {"durability", durability,
-     [](const Announced& offered, const Announced& asked) { return offered.durability >= asked.durability; }},
+     [](const Announced& offered, const Announced& asked) {
+         return offered.durability >= asked.durability;
+     }},
     {"deadline", [](const Announced& endpoint) { return inWords(endpoint.deadline); },
-     [](const Announced& offered, const Announced& asked) { return !(offered.deadline > asked.deadline); }},
+     [](const Announced& offered, const Announced& asked) {
+         return !(offered.deadline > asked.deadline);
+     }},
     {"latency budget", [](const Announced& endpoint) { return inWords(endpoint.latencyBudget); },
-     [](const Announced& offered, const Announced& asked) { return !(offered.latencyBudget > asked.latencyBudget); }},
+     [](const Announced& offered, const Announced& asked) {
+         return !(offered.latencyBudget > asked.latencyBudget);
+     }},
     {"liveliness", liveliness, livelinessSuffices},
     {"ownership", ownership,
-     [](const Announced& offered, const Announced& asked) { return offered.ownership == asked.ownership; }},
+     [](const Announced& offered, const Announced& asked) {
+         return offered.ownership == asked.ownership;
+     }},
     {"destination order", destinationOrder,
-     [](const Announced& offered, const Announced& asked) { return offered.destinationOrder >= asked.destinationOrder; }},
+     [](const Announced& offered, const Announced& asked) {
+         return offered.destinationOrder >= asked.destinationOrder;
+     }},
     {"presentation", presentation, presentationSuffices},
     {"partition", partitions, partitionsMeet},
     {"data representation", representations, representationIsAccepted},
 });
 
 template <class Rules>
-void addRefusals(const Rules& rules, const Announced& writer, const Announced& reader, std::vector<Refusal>& refusals)
+void addRefusals(const Rules& rules, const Announced& writer, const Announced& reader,
+                 std::vector<Refusal>& refusals)
 {
     for (const auto& rule : rules) {
         if (!rule.suffices(writer, reader)) {

@@ -13,8 +13,8 @@ namespace ovra::plex::ps::internal
 /// Whether an endpoint writes, by its entity kind (RTPS 2.5, 9.3.1.2).
 bool isWriter(const fastdds::Guid& endpoint);
 
-/// All that keeps a writer and a reader of one topic apart, by the standards. Fast DDS itself goes by all of it but
-/// latency budget, destination order and presentation.
+/// All that keeps a writer and a reader of one topic apart, by the standards. Fast DDS itself goes by all of
+/// it but latency budget, destination order and presentation.
 std::vector<Refusal> refusalsBetween(const fastdds::AnnouncedEndpoint& writer,
                                      const fastdds::AnnouncedEndpoint& reader);
 

@@ -15,7 +15,8 @@ namespace
 
 using Deletion = std::function<void()>;
 
-/// Made after Fast DDS has made what it keeps for the process, so that it still has it when the process exits.
+/// Made after Fast DDS has made what it keeps for the process, so that it still has it when the process
+/// exits.
 BackgroundThread& deletionThread()
 {
     static BackgroundThread& thread = []() -> BackgroundThread& {

@@ -42,7 +42,8 @@ std::string vendorInWords(const std::array<std::uint8_t, 2>& vendor)
 }
 
 /// The first of some properties that a participant announces; implementations call them differently.
-std::string firstOf(const fastdds::AnnouncedParticipant& participant, std::initializer_list<const char*> names)
+std::string firstOf(const fastdds::AnnouncedParticipant& participant,
+                    std::initializer_list<const char*> names)
 {
     for (const auto* const name : names) {
         const auto found = participant.properties.find(name);
@@ -113,7 +114,8 @@ dds::StatusMask Discovery::reportedStatuses()
                 << dds::StatusMask::sample_rejected() << dds::StatusMask::requested_deadline_missed();
 }
 
-// --- What DDS reports -----------------------------------------------------------------------------------------
+// --- What DDS reports
+// -----------------------------------------------------------------------------------------
 
 void Discovery::announced(const fastdds::AnnouncedParticipant& participant)
 {
@@ -215,7 +217,8 @@ void Discovery::on_publication_matched(dds::DataWriter* writer, const dds::Publi
     matched(writer->guid(), guidOf(status.last_subscription_handle), status.current_count_change);
 }
 
-void Discovery::on_offered_deadline_missed(dds::DataWriter* writer, const dds::OfferedDeadlineMissedStatus& status)
+void Discovery::on_offered_deadline_missed(dds::DataWriter* writer,
+                                           const dds::OfferedDeadlineMissedStatus& status)
 {
     deadlineMissed(writer->guid(), status.total_count);
 }
@@ -241,7 +244,8 @@ void Discovery::on_requested_deadline_missed(dds::DataReader* reader,
     deadlineMissed(reader->guid(), status.total_count);
 }
 
-// --- What is asked --------------------------------------------------------------------------------------------
+// --- What is asked
+// --------------------------------------------------------------------------------------------
 
 std::shared_ptr<Endpoint> Discovery::endpoint(const fastdds::Guid& guid)
 {
@@ -266,14 +270,16 @@ std::vector<Peer> Discovery::acknowledgingPeersOf(const Endpoint& endpoint) cons
     const auto* const own = announcementOf(endpoint.guid_);
     for (const auto& guid : endpoint.state_->matched) {
         const auto* const announcement = announcementOf(guid);
-        if (own != nullptr && announcement != nullptr && announcement->reliability == dds::RELIABLE_RELIABILITY_QOS) {
+        if (own != nullptr && announcement != nullptr &&
+            announcement->reliability == dds::RELIABLE_RELIABILITY_QOS) {
             peers.push_back(peer(*announcement, *own));
         }
     }
     return peers;
 }
 
-bool Discovery::waitForMatched(const Endpoint& endpoint, std::size_t count, std::chrono::milliseconds timeout) const
+bool Discovery::waitForMatched(const Endpoint& endpoint, std::size_t count,
+                               std::chrono::milliseconds timeout) const
 {
     std::unique_lock lock(mutex_);
     const auto isEnough = [&] {
@@ -302,7 +308,8 @@ EntityStatus Discovery::statusOfLocked(const Endpoint& endpoint) const
         status.matched.push_back(peer(guid, *own));
     }
     for (const auto& [guid, announcement] : announcements_) {
-        if (announcement.topic == own->topic && isWriter(guid) != status.isPublisher && !state.matched.contains(guid)) {
+        if (announcement.topic == own->topic && isWriter(guid) != status.isPublisher &&
+            !state.matched.contains(guid)) {
             auto other = peer(announcement, *own);
             if (!other.refusals.empty()) {
                 status.refused.push_back(std::move(other));
@@ -406,7 +413,8 @@ void Discovery::changedOppositeOf(const fastdds::AnnouncedEndpoint& endpoint)
     }
 }
 
-// --- Telling --------------------------------------------------------------------------------------------------
+// --- Telling
+// --------------------------------------------------------------------------------------------------
 
 void Discovery::changed(Endpoint& endpoint)
 {

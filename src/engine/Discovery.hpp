@@ -20,8 +20,9 @@ namespace ovra::plex::ps::internal
 
 /// What a participant has discovered, and what became of its own endpoints: who is matched, who is refused.
 ///
-/// Threads: DDS reports on its own, with locks held; all that is done there is to note it under one mutex, which is
-/// never held around anything else. Whoever wants to hear of changes does so on the thread "plex-status".
+/// Threads: DDS reports on its own, with locks held; all that is done there is to note it under one mutex,
+/// which is never held around anything else. Whoever wants to hear of changes does so on the thread
+/// "plex-status".
 class Discovery final : public fastdds::DiscoveryListener, public std::enable_shared_from_this<Discovery>
 {
 public:
@@ -57,10 +58,12 @@ private:
     void announced(const fastdds::AnnouncedEndpoint& endpoint) override;
     void gone(const fastdds::Guid& endpoint) override;
 
-    void on_publication_matched(dds::DataWriter* writer, const dds::PublicationMatchedStatus& status) override;
+    void on_publication_matched(dds::DataWriter* writer,
+                                const dds::PublicationMatchedStatus& status) override;
     void on_offered_deadline_missed(dds::DataWriter* writer,
                                     const dds::OfferedDeadlineMissedStatus& status) override;
-    void on_subscription_matched(dds::DataReader* reader, const dds::SubscriptionMatchedStatus& status) override;
+    void on_subscription_matched(dds::DataReader* reader,
+                                 const dds::SubscriptionMatchedStatus& status) override;
     void on_sample_lost(dds::DataReader* reader, const dds::SampleLostStatus& status) override;
     void on_sample_rejected(dds::DataReader* reader, const dds::SampleRejectedStatus& status) override;
     void on_requested_deadline_missed(dds::DataReader* reader,

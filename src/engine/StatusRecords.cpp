@@ -3,8 +3,8 @@
 
 #include <log4cplus/loggingmacros.h>
 
-/// What is logged of peers and losses, under "plexDdsDiscovery". Where both sides are of one process, the subscriber's
-/// speaks, so that nothing is said twice.
+/// What is logged of peers and losses, under "plexDdsDiscovery". Where both sides are of one process, the
+/// subscriber's speaks, so that nothing is said twice.
 namespace ovra::plex::ps::internal
 {
 
@@ -17,8 +17,8 @@ log4cplus::Logger& logger()
     return ofProcess;
 }
 
-/// Whether the application has set up logging. If it has not, log4cplus complains of the first record, and what is
-/// well is not worth that.
+/// Whether the application has set up logging. If it has not, log4cplus complains of the first record, and
+/// what is well is not worth that.
 bool isListenedTo()
 {
     return !log4cplus::Logger::getRoot().getAllAppenders().empty() || !logger().getAllAppenders().empty();
@@ -99,8 +99,8 @@ void Endpoint::recordRefusals(const EntityStatus& status)
             const auto reasons = inWords(peer.refusals);
             const auto told = recorded_.refused.find(peer.guid);
             if (told == recorded_.refused.end() || told->second != reasons) {
-                LOG4CPLUS_WARN(logger(), nameOf(status) << " and " << nameOf(peer, status) << " do not match: "
-                                                        << reasons);
+                LOG4CPLUS_WARN(logger(), nameOf(status) << " and " << nameOf(peer, status)
+                                                        << " do not match: " << reasons);
             }
             now.emplace(peer.guid, reasons);
         }
@@ -117,8 +117,9 @@ void Endpoint::recordLosses(const EntityStatus& status)
     }
     if (isWorthTelling(now.rejected, recorded_.rejected)) {
         recorded_.rejected = now.rejected;
-        LOG4CPLUS_WARN(logger(), nameOf(status) << " has rejected " << now.rejected << " values so far, for want of "
-                                                << "room: " << now.rejectedBy << " of the history is reached");
+        LOG4CPLUS_WARN(logger(), nameOf(status)
+                                     << " has rejected " << now.rejected << " values so far, for want of "
+                                     << "room: " << now.rejectedBy << " of the history is reached");
     }
 }
 

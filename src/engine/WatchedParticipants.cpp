@@ -14,8 +14,8 @@ namespace
 
 class WatchedParticipant;
 
-/// A participant of the process that was watched at least once. What it has discovered is kept for as long as it lives:
-/// nothing is announced twice.
+/// A participant of the process that was watched at least once. What it has discovered is kept for as long as
+/// it lives: nothing is announced twice.
 struct Record {
     std::weak_ptr<dds::DomainParticipant> participant;
     std::shared_ptr<Discovery> discovery;
@@ -23,7 +23,8 @@ struct Record {
 };
 
 struct Records {
-    std::mutex mutex; ///< guards the others; held while a listener is attached, which waits for none that takes it
+    std::mutex
+        mutex; ///< guards the others; held while a listener is attached, which waits for none that takes it
     std::map<const dds::DomainParticipant*, Record> byParticipant;
 };
 
@@ -67,7 +68,8 @@ private:
 ParticipantPointer watched(ParticipantPointer participant)
 {
     const std::lock_guard lock(records().mutex);
-    std::erase_if(records().byParticipant, [](const auto& entry) { return entry.second.participant.expired(); });
+    std::erase_if(records().byParticipant,
+                  [](const auto& entry) { return entry.second.participant.expired(); });
     auto& record = records().byParticipant[participant.get()];
     auto known = record.watched.lock();
     if (!known) {

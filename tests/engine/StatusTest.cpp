@@ -55,12 +55,14 @@ public:
         return participant_->create_topic(topicName_, type.get_type_name(), dds::TopicQos());
     }
 
-    void write(const dds::DataWriterQos& qos, const dds::PublisherQos& publisherQos = {}, const Type& type = altAz())
+    void write(const dds::DataWriterQos& qos, const dds::PublisherQos& publisherQos = {},
+               const Type& type = altAz())
     {
         participant_->create_publisher(publisherQos)->create_datawriter(topic(type), qos);
     }
 
-    void read(const dds::DataReaderQos& qos, const dds::SubscriberQos& subscriberQos = {}, const Type& type = altAz())
+    void read(const dds::DataReaderQos& qos, const dds::SubscriberQos& subscriberQos = {},
+              const Type& type = altAz())
     {
         participant_->create_subscriber(subscriberQos)->create_datareader(topic(type), qos);
     }
@@ -175,11 +177,13 @@ TEST_F(StatusTest, OfAnotherTransportsEntityIsRefused)
     struct Foreign final : ps::MrvSubscriber<AltAz> {
         void close() override {}
 
-        std::vector<std::shared_ptr<AltAz>> readMostRecent(const std::chrono::milliseconds& /*timeout*/) override
+        std::vector<std::shared_ptr<AltAz>>
+        readMostRecent(const std::chrono::milliseconds& /*timeout*/) override
         {
             return {};
         }
     } foreign;
+
     EXPECT_EQ(thrownText<PlexException>([&] { ps::status(foreign); }),
               "The entity is not one of the DDS transport, which alone tells a status");
 }
@@ -229,7 +233,8 @@ TEST_F(StatusTest, CountsWhatIsTooOld)
     EXPECT_EQ(counters.delivered, 0U);
 }
 
-// --- Refusals -------------------------------------------------------------------------------------------------
+// --- Refusals
+// -------------------------------------------------------------------------------------------------
 
 /// A way in which a peer does not fit, and what is said of it.
 struct Mismatch {
@@ -291,43 +296,71 @@ TEST_P(RefusalTest, IsSaidWithItsReason)
     }
 }
 
-#define PLEX_CHANGE [](auto& writer [[maybe_unused]], auto& publisher [[maybe_unused]],                              \
-                       auto& reader [[maybe_unused]], auto& subscriber [[maybe_unused]])
+#define PLEX_CHANGE                                                                                          \
+    [](auto& writer [[maybe_unused]], auto& publisher [[maybe_unused]], auto& reader [[maybe_unused]],       \
+       auto& subscriber [[maybe_unused]])
 
 const auto mismatches = std::to_array<Mismatch>({
-    {"ReliabilityAsked", PLEX_CHANGE { writer.reliability().kind = dds::BEST_EFFORT_RELIABILITY_QOS; }, false, true,
-     "reliability: reliable asked for, best-effort offered", "reliable"},
-    {"DurabilityAskedOfUs", PLEX_CHANGE { reader.durability().kind = dds::TRANSIENT_DURABILITY_QOS; }, true, true,
-     "durability: transient asked for, transient-local offered"},
-    {"DurabilityAskedByUs", PLEX_CHANGE { writer.durability().kind = dds::VOLATILE_DURABILITY_QOS; }, false, true,
-     "durability: transient-local asked for, volatile offered", "latched"},
-    {"DeadlineAskedOfUs", PLEX_CHANGE { reader.deadline().period = {0, 500000000}; }, true, true,
-     "deadline: 0.5 s asked for, infinite offered"},
-    {"LatencyBudgetOffered", PLEX_CHANGE { writer.latency_budget().duration = {2, 0}; }, false, false,
-     "latency budget: 0 s asked for, 2 s offered"},
-    {"LivelinessAskedOfUs", PLEX_CHANGE { reader.liveliness().kind = dds::MANUAL_BY_TOPIC_LIVELINESS_QOS; }, true, true,
-     "liveliness: manual by topic, lease infinite asked for, automatic, lease infinite offered"},
-    {"LeaseAskedOfUs", PLEX_CHANGE { reader.liveliness().lease_duration = {3, 0}; }, true, true,
-     "liveliness: automatic, lease 3 s asked for, automatic, lease infinite offered"},
-    {"OwnershipAskedOfUs", PLEX_CHANGE { reader.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS; }, true, true,
-     "ownership: exclusive asked for, shared offered"},
-    {"OwnershipOffered", PLEX_CHANGE { writer.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS; }, false, true,
-     "ownership: shared asked for, exclusive offered"},
-    {"PresentationAskedOfUs",
-     PLEX_CHANGE {
-         subscriber.presentation().access_scope = dds::TOPIC_PRESENTATION_QOS;
-         subscriber.presentation().coherent_access = true;
-     },
-     true, false, "presentation: topic, coherent asked for, instance offered"},
-    {"PartitionAskedOfUs", PLEX_CHANGE { subscriber.partition().push_back("north*"); }, true, true,
-     "partition: \"north*\" asked for, \"\" offered"},
-    {"PartitionOffered", PLEX_CHANGE { publisher.partition().push_back("south"); }, false, true,
-     "partition: \"\" asked for, \"south\" offered"},
-    {"RepresentationOffered", PLEX_CHANGE { ovra::plex::fastdds::offer(writer, dds::XCDR2_DATA_REPRESENTATION); },
-     false, true, "data representation: xcdr1 asked for, xcdr2 offered"},
-    {"RepresentationAskedOfUs",
-     PLEX_CHANGE { ovra::plex::fastdds::representationOf(reader).m_value = {dds::XCDR2_DATA_REPRESENTATION}; }, true,
-     true, "data representation: xcdr2 asked for, xcdr1 offered"},
+    {"ReliabilityAsked", PLEX_CHANGE { writer.reliability().kind = dds::BEST_EFFORT_RELIABILITY_QOS;
+} // namespace plex::test
+
+, false, true, "reliability: reliable asked for, best-effort offered", "reliable"
+}
+, {"DurabilityAskedOfUs", PLEX_CHANGE{reader.durability().kind = dds::TRANSIENT_DURABILITY_QOS;
+}
+, true, true, "durability: transient asked for, transient-local offered"
+}
+, {"DurabilityAskedByUs", PLEX_CHANGE{writer.durability().kind = dds::VOLATILE_DURABILITY_QOS;
+}
+, false, true, "durability: transient-local asked for, volatile offered", "latched"
+}
+, {"DeadlineAskedOfUs", PLEX_CHANGE{reader.deadline().period = {0, 500000000};
+}
+, true, true, "deadline: 0.5 s asked for, infinite offered"
+}
+, {"LatencyBudgetOffered", PLEX_CHANGE{writer.latency_budget().duration = {2, 0};
+}
+, false, false, "latency budget: 0 s asked for, 2 s offered"
+}
+, {"LivelinessAskedOfUs", PLEX_CHANGE{reader.liveliness().kind = dds::MANUAL_BY_TOPIC_LIVELINESS_QOS;
+}
+, true, true, "liveliness: manual by topic, lease infinite asked for, automatic, lease infinite offered"
+}
+, {"LeaseAskedOfUs", PLEX_CHANGE{reader.liveliness().lease_duration = {3, 0};
+}
+, true, true, "liveliness: automatic, lease 3 s asked for, automatic, lease infinite offered"
+}
+, {"OwnershipAskedOfUs", PLEX_CHANGE{reader.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
+}
+, true, true, "ownership: exclusive asked for, shared offered"
+}
+, {"OwnershipOffered", PLEX_CHANGE{writer.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
+}
+, false, true, "ownership: shared asked for, exclusive offered"
+}
+, {"PresentationAskedOfUs", PLEX_CHANGE{subscriber.presentation().access_scope = dds::TOPIC_PRESENTATION_QOS;
+subscriber.presentation().coherent_access = true;
+}
+, true, false, "presentation: topic, coherent asked for, instance offered"
+}
+, {"PartitionAskedOfUs", PLEX_CHANGE{subscriber.partition().push_back("north*");
+}
+, true, true, "partition: \"north*\" asked for, \"\" offered"
+}
+, {"PartitionOffered", PLEX_CHANGE{publisher.partition().push_back("south");
+}
+, false, true, "partition: \"\" asked for, \"south\" offered"
+}
+, {"RepresentationOffered", PLEX_CHANGE{ovra::plex::fastdds::offer(writer, dds::XCDR2_DATA_REPRESENTATION);
+}
+, false, true, "data representation: xcdr1 asked for, xcdr2 offered"
+}
+, {"RepresentationAskedOfUs",
+   PLEX_CHANGE{ovra::plex::fastdds::representationOf(reader).m_value = {dds::XCDR2_DATA_REPRESENTATION};
+}
+, true, true, "data representation: xcdr2 asked for, xcdr1 offered"
+}
+,
 });
 
 #undef PLEX_CHANGE
@@ -387,7 +420,8 @@ TEST_F(StatusTest, KnowsPeersThatWereThereBefore)
     EXPECT_THAT(ps::status(*second).refused, SizeIs(1));
 }
 
-// --- Waiting --------------------------------------------------------------------------------------------------
+// --- Waiting
+// --------------------------------------------------------------------------------------------------
 
 TEST_F(StatusTest, WaitingForMatchesEndsInTime)
 {
@@ -403,18 +437,21 @@ TEST_F(StatusTest, WaitingForMatchesEndsInTime)
 TEST_F(StatusTest, WaitingForMatchesEndsWithTheEntity)
 {
     const auto publisher = EntityTest::publisher();
-    auto waiting = std::async(std::launch::async, [&] { return ps::waitForMatched(*publisher, 1, patience); });
+    auto waiting =
+        std::async(std::launch::async, [&] { return ps::waitForMatched(*publisher, 1, patience); });
     publisher->close();
     try {
         EXPECT_FALSE(waiting.get());
-    } catch (const IllegalStateException&) { // NOLINT(bugprone-empty-catch): it was closed before the wait began
+    } catch (
+        const IllegalStateException&) { // NOLINT(bugprone-empty-catch): it was closed before the wait began
     }
 }
 
 TEST_F(StatusTest, WaitingForMatchesWakesUp)
 {
     const auto publisher = EntityTest::publisher();
-    auto waiting = std::async(std::launch::async, [&] { return ps::waitForMatched(*publisher, 2, patience); });
+    auto waiting =
+        std::async(std::launch::async, [&] { return ps::waitForMatched(*publisher, 2, patience); });
     const auto first = EntityTest::subscriber();
     const auto second = mrvSubscriber();
     EXPECT_TRUE(waiting.get());
@@ -423,7 +460,8 @@ TEST_F(StatusTest, WaitingForMatchesWakesUp)
 TEST_F(StatusTest, AcknowledgmentsAreToldApart)
 {
     using Outcome = ps::Acknowledgment::Outcome;
-    const Properties reliable{{"dds.qos.profile.library", "reliable"}, {"dds.qos.profile.file", PROFILE_FILE}};
+    const Properties reliable{{"dds.qos.profile.library", "reliable"},
+                              {"dds.qos.profile.file", PROFILE_FILE}};
     const auto publisher = EntityTest::publisher({}, reliable);
     publishPositions(*publisher, 1);
     EXPECT_EQ(ps::waitForAcknowledgments(*publisher, 100ms).outcome, Outcome::NobodyToAcknowledge);
@@ -437,7 +475,8 @@ TEST_F(StatusTest, AcknowledgmentsAreToldApart)
               "Negative timeout given to waitForAcknowledgments");
 }
 
-// --- Changes --------------------------------------------------------------------------------------------------
+// --- Changes
+// --------------------------------------------------------------------------------------------------
 
 TEST_F(StatusTest, ChangesAreTold)
 {
@@ -461,7 +500,8 @@ TEST_F(StatusTest, NothingIsToldOnceTheWatchHasGone)
     watch.reset();
     const int before = calls;
     std::atomic<bool> told = false;
-    const auto other = ps::watchStatus(*publisher, [&](const auto& status) { told = status.matched.size() == 1; });
+    const auto other =
+        ps::watchStatus(*publisher, [&](const auto& status) { told = status.matched.size() == 1; });
     const auto subscriber = EntityTest::subscriber();
     EXPECT_TRUE(waitFor([&] { return told.load(); }));
     EXPECT_EQ(calls, before);
@@ -498,7 +538,8 @@ TEST_F(StatusTest, AnExceptionWhereChangesAreToldIsLogged)
     EXPECT_TRUE(waitFor([&] { return log.count("plexDdsDiscovery", log4cplus::ERROR_LOG_LEVEL, text) > 0; }));
 }
 
-// --- Records --------------------------------------------------------------------------------------------------
+// --- Records
+// --------------------------------------------------------------------------------------------------
 
 TEST_F(StatusTest, AMatchAndItsEndAreRecordedOnce)
 {
@@ -511,11 +552,14 @@ TEST_F(StatusTest, AMatchAndItsEndAreRecordedOnce)
     const std::string peer = " matched with the publisher in the same process";
     {
         const auto publisher = EntityTest::publisher();
-        EXPECT_TRUE(waitFor([&] { return recorded("The subscriber of topic " + topic + " is" + peer) == 1; }));
+        EXPECT_TRUE(
+            waitFor([&] { return recorded("The subscriber of topic " + topic + " is" + peer) == 1; }));
     }
-    EXPECT_TRUE(waitFor([&] { return recorded("The subscriber of topic " + topic + " is no longer" + peer) == 1; }));
+    EXPECT_TRUE(
+        waitFor([&] { return recorded("The subscriber of topic " + topic + " is no longer" + peer) == 1; }));
     const auto all = log.records();
-    EXPECT_EQ(std::count_if(all.begin(), all.end(), [](const auto& record) { return record.logger == "plexDdsDiscovery"; }),
+    EXPECT_EQ(std::count_if(all.begin(), all.end(),
+                            [](const auto& record) { return record.logger == "plexDdsDiscovery"; }),
               2);
 }
 
@@ -528,8 +572,9 @@ TEST_F(StatusTest, ARefusedPairIsRecordedOnce)
     dds::DataWriterQos qos;
     qos.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
     peer.write(qos);
-    const auto text = "The subscriber of topic " + topic +
-                      " and the publisher in the same process do not match: ownership: shared asked for, exclusive offered";
+    const auto text =
+        "The subscriber of topic " + topic +
+        " and the publisher in the same process do not match: ownership: shared asked for, exclusive offered";
     EXPECT_TRUE(waitFor([&] { return log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, text) == 1; }));
     const auto publisher = EntityTest::publisher(); // another change
     ASSERT_TRUE(ps::waitForMatched(*subscriber, 1, patience));

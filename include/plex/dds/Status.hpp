@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-/// What the DDS transport tells of its publishers and subscribers: who is matched, who is not and why, and what became
-/// of the values.
+/// What the DDS transport tells of its publishers and subscribers: who is matched, who is not and why, and
+/// what became of the values.
 ///
 /// The functions take what an application holds: a `Publisher<T>`, `InstancePublisher<T>`, `Subscriber<T>` or
 /// `MrvSubscriber<T>`. Nothing else of DDS is needed to use them, and nothing has to be linked.
@@ -36,8 +36,8 @@ struct Policy {
 /// How far away a peer is, as far as its announcements tell.
 enum class Distance { SameProcess, SameHost, OtherHost, Unknown };
 
-/// An endpoint of the same topic on the other side: a subscriber's publisher, or a publisher's subscriber. Texts are
-/// empty where the peer does not announce them; peers of this library always do.
+/// An endpoint of the same topic on the other side: a subscriber's publisher, or a publisher's subscriber.
+/// Texts are empty where the peer does not announce them; peers of this library always do.
 struct Peer {
     std::string guid;        ///< RTPS 2.5, 9.3.1, as "01.0f.…|0.0.1.3"
     std::string vendor;      ///< of the peer's DDS, by name or as "1.22"
@@ -48,21 +48,21 @@ struct Peer {
     std::string type; ///< the type's name
     std::vector<Policy> policies;
 
-    /// Why the two do not match. A matched peer has refusals where its own DDS may go by more policies than ours:
-    /// Fast DDS leaves latency budget, destination order and presentation out.
+    /// Why the two do not match. A matched peer has refusals where its own DDS may go by more policies than
+    /// ours: Fast DDS leaves latency budget, destination order and presentation out.
     std::vector<Refusal> refusals;
 };
 
 /// What became of the values of a publisher or subscriber since it was made.
 struct Counters {
-    std::uint64_t published = 0;     ///< accepted by DDS
-    std::uint64_t received = 0;      ///< taken from DDS's history: by a read, a poll or for a callback
-    std::uint64_t delivered = 0;     ///< of these, given to the application
-    std::uint64_t tooOld = 0;        ///< of these, dropped for the latency or deadline
-    std::uint64_t undecodable = 0;   ///< samples whose bytes are no value of the type
-    std::uint64_t lost = 0;          ///< DDS knows of them, but they never arrived
-    std::uint64_t rejected = 0;      ///< refused for want of room in the history
-    std::string rejectedBy;          ///< the limit that refused the last one, or empty
+    std::uint64_t published = 0;   ///< accepted by DDS
+    std::uint64_t received = 0;    ///< taken from DDS's history: by a read, a poll or for a callback
+    std::uint64_t delivered = 0;   ///< of these, given to the application
+    std::uint64_t tooOld = 0;      ///< of these, dropped for the latency or deadline
+    std::uint64_t undecodable = 0; ///< samples whose bytes are no value of the type
+    std::uint64_t lost = 0;        ///< DDS knows of them, but they never arrived
+    std::uint64_t rejected = 0;    ///< refused for want of room in the history
+    std::string rejectedBy;        ///< the limit that refused the last one, or empty
     std::uint64_t deadlinesMissed = 0;
     std::uint64_t callbacksThrew = 0;
     std::vector<std::uint8_t> undecodableBytes; ///< the first bytes of the last one, 32 at most
@@ -75,8 +75,8 @@ struct EntityStatus {
     std::string guid;
     bool isPublisher = false;
     std::vector<Peer> matched;
-    std::vector<Peer> refused;        ///< endpoints of the same topic that can not match, with the reasons
-    std::vector<Peer> former;         ///< matched once and gone since, the latest last, 32 at most
+    std::vector<Peer> refused;           ///< endpoints of the same topic that can not match, with the reasons
+    std::vector<Peer> former;            ///< matched once and gone since, the latest last, 32 at most
     std::uint64_t matchedAltogether = 0; ///< matches ever made
     Counters counters;
 };
@@ -86,7 +86,8 @@ struct Acknowledgment {
     enum class Outcome { Acknowledged, NobodyToAcknowledge, TimedOut };
 
     Outcome outcome = Outcome::Acknowledged;
-    /// Where it timed out: the reliable subscribers that are matched. DDS does not tell which of several is late.
+    /// Where it timed out: the reliable subscribers that are matched. DDS does not tell which of several is
+    /// late.
     std::vector<Peer> waitedFor;
 };
 
@@ -100,8 +101,8 @@ public:
     virtual ~StatusWatch() = default;
 };
 
-/// What the DDS transport's publishers and subscribers are besides what their contract says. Applications use the
-/// functions below.
+/// What the DDS transport's publishers and subscribers are besides what their contract says. Applications use
+/// the functions below.
 ///
 /// Threads: any.
 class PLEX_EXPORT ObservableEntity
@@ -147,8 +148,9 @@ EntityStatus status(const Entity& entity)
 
 /// Waits until a publisher or subscriber has so many matched peers.
 ///
-/// The first value that is published after a publisher's wait arrives at each of these peers whose reliability is
-/// "reliable", even if the peer learns of the match a little later than the publisher. Best effort promises nothing.
+/// The first value that is published after a publisher's wait arrives at each of these peers whose
+/// reliability is "reliable", even if the peer learns of the match a little later than the publisher. Best
+/// effort promises nothing.
 /// @param timeout not negative.
 /// @returns whether it has; false at once when the entity is closed meanwhile.
 /// @throws as status(), and PlexException when the timeout is negative.
@@ -169,13 +171,14 @@ Acknowledgment waitForAcknowledgments(Entity& publisher, std::chrono::millisecon
 
 /// Has a callback called whenever peers come, go, or are refused, and once at the beginning.
 ///
-/// It is called on a thread of the process, named "plex-status", with no lock held: anything may be done in it,
-/// closing the entity and ending the watch included. One call at a time is made in the process. Changes in quick
-/// succession are one call. Exceptions that leave it are logged.
+/// It is called on a thread of the process, named "plex-status", with no lock held: anything may be done in
+/// it, closing the entity and ending the watch included. One call at a time is made in the process. Changes
+/// in quick succession are one call. Exceptions that leave it are logged.
 /// @returns what ends the calls; it may outlive the entity.
 /// @throws as status().
 template <class Entity>
-[[nodiscard]] std::unique_ptr<StatusWatch> watchStatus(Entity& entity, ObservableEntity::StatusCallback callback)
+[[nodiscard]] std::unique_ptr<StatusWatch> watchStatus(Entity& entity,
+                                                       ObservableEntity::StatusCallback callback)
 {
     return detail::observable(entity).watchStatus(std::move(callback));
 }

@@ -31,8 +31,8 @@ using Guid = rtps::GUID_t;
 using GuidPrefix = rtps::GuidPrefix_t;
 
 /// What an endpoint announces of itself: its address and the policies by which a writer and a reader find out
-/// whether they fit (DDS 1.4, 2.2.3; XTypes 1.3, 7.6.3). A writer announces what it offers, a reader what it asks
-/// for.
+/// whether they fit (DDS 1.4, 2.2.3; XTypes 1.3, 7.6.3). A writer announces what it offers, a reader what it
+/// asks for.
 struct AnnouncedEndpoint {
     Guid guid;
     std::string topic;
@@ -76,8 +76,9 @@ private:
 
     /// Takes over the policies that both generations keep by the same kinds of objects.
     template <class Reliability, class Durability, class Liveliness, class Presentation, class Partition>
-    static void copyPolicies(AnnouncedEndpoint& endpoint, const Reliability& reliability, const Durability& durability,
-                             const Liveliness& liveliness, const Presentation& presentation, const Partition& partition)
+    static void copyPolicies(AnnouncedEndpoint& endpoint, const Reliability& reliability,
+                             const Durability& durability, const Liveliness& liveliness,
+                             const Presentation& presentation, const Partition& partition)
     {
         endpoint.reliability = reliability.kind;
         endpoint.durability = durability.kind;
@@ -115,7 +116,8 @@ private:
         endpoint.ownership = data.ownership.kind;
         endpoint.destinationOrder = data.destination_order.kind;
         endpoint.representations = data.representation.m_value;
-        copyPolicies(endpoint, data.reliability, data.durability, data.liveliness, data.presentation, data.partition);
+        copyPolicies(endpoint, data.reliability, data.durability, data.liveliness, data.presentation,
+                     data.partition);
         return endpoint;
     }
 

@@ -125,7 +125,8 @@ bool DdsSubscriber<T, ST>::checkTaken(fastdds::ReturnCode result, const char* fa
 }
 
 template <class T, class ST>
-bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index, internal::Tally& tally) const
+bool DdsSubscriber<T, ST>::isDeliverable(const Samples& samples, std::int32_t index,
+                                         internal::Tally& tally) const
 {
     if (!samples.hasValue(index)) {
         return false;

@@ -153,8 +153,7 @@ std::shared_ptr<internal::Endpoint> InstanceDdsPublisher<T, ST>::endpoint() cons
 }
 
 template <class T, class ST>
-fastdds::ReturnCode
-InstanceDdsPublisher<T, ST>::awaitAcknowledgments(const fastdds::Duration_t& timeout)
+fastdds::ReturnCode InstanceDdsPublisher<T, ST>::awaitAcknowledgments(const fastdds::Duration_t& timeout)
 {
     return fastdds::code(openWriter()->wait_for_acknowledgments(timeout));
 }

@@ -69,7 +69,8 @@ private:
     EndpointCounters& counters_;
 };
 
-/// What is known of one reader or writer of this process: its counters, its peers, and who wants to hear of changes.
+/// What is known of one reader or writer of this process: its counters, its peers, and who wants to hear of
+/// changes.
 ///
 /// Threads: any. Ownership: shared by the entity and what its participant has discovered.
 class PLEX_EXPORT Endpoint : public std::enable_shared_from_this<Endpoint>
@@ -135,6 +136,7 @@ PLEX_EXPORT ParticipantPointer watched(ParticipantPointer participant);
 PLEX_EXPORT std::shared_ptr<dds::DataReaderListener> statusListenerOf(const dds::DataReader& reader);
 
 /// Samples of a reader that could not be decoded. @param bytes the the last one's.
-PLEX_EXPORT void noteUndecodable(const dds::DataReader& reader, std::size_t count, std::span<const std::uint8_t> bytes);
+PLEX_EXPORT void noteUndecodable(const dds::DataReader& reader, std::size_t count,
+                                 std::span<const std::uint8_t> bytes);
 
 } // namespace ovra::plex::ps::internal
