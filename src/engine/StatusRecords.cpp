@@ -117,9 +117,9 @@ void Endpoint::recordLosses(const EntityStatus& status)
     }
     if (isWorthTelling(now.rejected, recorded_.rejected)) {
         recorded_.rejected = now.rejected;
-        LOG4CPLUS_WARN(logger(), nameOf(status)
-                                     << " has rejected " << now.rejected << " values so far, for want of "
-                                     << "room: " << now.rejectedBy << " of the history is reached");
+        LOG4CPLUS_WARN(logger(), nameOf(status) << " has rejected " << now.rejected
+                                                << " values so far, for want of room: " << now.rejectedBy
+                                                << " of the history is reached");
     }
 }
 
