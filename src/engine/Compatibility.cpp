@@ -32,7 +32,7 @@ std::string nameOf(const std::array<const char*, Count>& names, int kind)
 
 std::string inWords(const fastdds::Duration_t& duration)
 {
-    if (duration == dds::c_TimeInfinite) {
+    if (fastdds::isInfinite(duration)) {
         return "infinite";
     }
     std::array<char, 32> text{};

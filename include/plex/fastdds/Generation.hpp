@@ -99,6 +99,11 @@ using DdsReturnCode = eprosima::fastdds::dds::ReturnCode_t; ///< what DDS's own 
 using DdsSample = const void*;                              ///< what its write operations take
 using PayloadPool = eprosima::fastdds::rtps::IPayloadPool;
 
+inline bool isInfinite(const Duration_t& duration)
+{
+    return duration == eprosima::fastdds::dds::c_TimeInfinite;
+}
+
 /// Lets a writer offer just this representation.
 inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation)
 {
@@ -187,6 +192,11 @@ using HistoryMemory = eprosima::fastrtps::rtps::MemoryManagementPolicy;
 using DdsReturnCode = eprosima::fastrtps::types::ReturnCode_t; ///< what DDS's own operations return
 using DdsSample = void*;                                       ///< what its write operations take
 using PayloadPool = eprosima::fastrtps::rtps::IPayloadPool;
+
+inline bool isInfinite(const Duration_t& duration)
+{
+    return duration == eprosima::fastrtps::c_TimeInfinite;
+}
 
 /// Lets a writer offer just this representation.
 ///
