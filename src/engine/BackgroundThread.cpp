@@ -12,6 +12,9 @@ namespace ovra::plex::ps::internal
 void BackgroundThread::run(std::function<void()> task)
 {
     const std::lock_guard lock(mutex_);
+    if (isStopped_) {
+        return;
+    }
     tasks_.push_back(std::move(task));
     if (!isRunning_) {
         if (thread_.joinable()) {
@@ -49,6 +52,15 @@ void BackgroundThread::finish()
     if (thread_.joinable()) {
         thread_.join();
     }
+}
+
+void BackgroundThread::stop()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        isStopped_ = true;
+    }
+    finish();
 }
 
 bool BackgroundThread::isHere()

@@ -30,6 +30,9 @@ public:
     /// Waits until all is done, unless exit() was called where that can not be.
     void finish();
 
+    /// The same, and leaves undone what is given to it from then on.
+    void stop();
+
     /// Whether the calling thread is this one.
     bool isHere();
 
@@ -41,6 +44,7 @@ private:
     std::condition_variable idle_;
     std::deque<std::function<void()>> tasks_;
     bool isRunning_ = false;
+    bool isStopped_ = false;
     std::thread thread_;
 };
 

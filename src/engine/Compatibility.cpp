@@ -142,12 +142,16 @@ bool namesMeet(const std::string& one, const std::string& other)
     return fnmatch(one.c_str(), other.c_str(), 0) == 0 || fnmatch(other.c_str(), one.c_str(), 0) == 0;
 }
 
+/// The partitions of an endpoint; without any it is in the unnamed one.
+std::vector<std::string> partitionsOf(const Announced& endpoint)
+{
+    return endpoint.partitions.empty() ? std::vector<std::string>{""} : endpoint.partitions;
+}
+
 bool partitionsMeet(const Announced& offered, const Announced& asked)
 {
-    static const std::vector<std::string> unnamed = {""};
-    const auto& ofWriter = offered.partitions.empty() ? unnamed : offered.partitions;
-    const auto& ofReader = asked.partitions.empty() ? unnamed : asked.partitions;
-    return std::ranges::any_of(ofWriter, [&](const auto& name) {
+    const auto ofReader = partitionsOf(asked);
+    return std::ranges::any_of(partitionsOf(offered), [&](const auto& name) {
         return std::ranges::any_of(ofReader, [&](const auto& other) { return namesMeet(name, other); });
     });
 }

@@ -12,12 +12,13 @@
 namespace ovra::plex::ps::internal
 {
 
-/// Made as the first participant is watched, so after what Fast DDS keeps for the process.
+/// Made as the first participant is watched, so after what log4cplus and Fast DDS keep for the process. What
+/// entities with static storage would have recorded when they end is left out: log4cplus has gone by then.
 BackgroundThread& statusThread()
 {
     static BackgroundThread& thread = []() -> BackgroundThread& {
         static auto& made = *new BackgroundThread("plex-status");
-        std::atexit([] { made.finish(); });
+        std::atexit([] { made.stop(); });
         return made;
     }();
     return thread;

@@ -297,8 +297,8 @@ template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToListeners()
 {
     for (;;) {
-        // Looked up before each sample: none is taken for subscriptions that have all ended, and none is told to one
-        // that was made after it was taken.
+        // Looked up before each sample: none is taken for subscriptions that have all ended, and none is told
+        // to one that was made after it was taken.
         const auto& subscriptions = asyncRegistry_.current(mutex_);
         if (subscriptions.empty() || !takeNext()) {
             return;

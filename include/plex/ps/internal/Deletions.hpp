@@ -49,9 +49,9 @@ void deleteEntity(const Deletion& deletion)
 }
 
 /// Makes and deletes readers and writers one after the other in the process: Fast DDS's discovery meets
-/// endpoints that go while others come (segmentation faults, 2.14 and 3.1). Given up after a second, so that it
-/// can not deadlock: who holds it may wait for locks of DDS that are held around a callback, and that callback
-/// for a thread that is about to take it. Never taken on a thread of DDS.
+/// endpoints that go while others come (segmentation faults, 2.14 and 3.1). Given up after a second, so that
+/// it can not deadlock: who holds it may wait for locks of DDS that are held around a callback, and that
+/// callback for a thread that is about to take it. Never taken on a thread of DDS.
 class PLEX_EXPORT EndpointLock
 {
 public:
