@@ -236,10 +236,18 @@ TEST_F(StatusTest, CountsWhatIsTooOld)
 // --- Refusals
 // -------------------------------------------------------------------------------------------------
 
+/// The quality of service of a plain peer.
+struct PeerQos {
+    dds::DataWriterQos writer;
+    dds::PublisherQos publisher;
+    dds::DataReaderQos reader;
+    dds::SubscriberQos subscriber;
+};
+
 /// A way in which a peer does not fit, and what is said of it.
 struct Mismatch {
     const char* name;
-    void (*change)(dds::DataWriterQos&, dds::PublisherQos&, dds::DataReaderQos&, dds::SubscriberQos&);
+    void (*change)(PeerQos&);
     bool isOurWriter; ///< whether the publisher is ours, and the reader the peer's
     bool isRefused;   ///< by Fast DDS, too
     const char* reason;
@@ -279,91 +287,61 @@ protected:
 
 TEST_P(RefusalTest, IsSaidWithItsReason)
 {
-    dds::DataWriterQos writer;
-    dds::PublisherQos publisherQos;
-    dds::DataReaderQos reader;
-    dds::SubscriberQos subscriberQos;
-    GetParam().change(writer, publisherQos, reader, subscriberQos);
+    PeerQos qos;
+    GetParam().change(qos);
     PlainPeer peer(uri);
     if (GetParam().isOurWriter) {
         const auto publisher = EntityTest::publisher({}, properties());
-        peer.read(reader, subscriberQos);
+        peer.read(qos.reader, qos.subscriber);
         expectReason(*publisher);
     } else {
         const auto subscriber = EntityTest::subscriber({}, properties());
-        peer.write(writer, publisherQos);
+        peer.write(qos.writer, qos.publisher);
         expectReason(*subscriber);
     }
 }
 
-#define PLEX_CHANGE                                                                                          \
-    [](auto& writer [[maybe_unused]], auto& publisher [[maybe_unused]], auto& reader [[maybe_unused]],       \
-       auto& subscriber [[maybe_unused]])
-
 const auto mismatches = std::to_array<Mismatch>({
-    {"ReliabilityAsked", PLEX_CHANGE { writer.reliability().kind = dds::BEST_EFFORT_RELIABILITY_QOS;
-} // namespace plex::test
-
-, false, true, "reliability: reliable asked for, best-effort offered", "reliable"
-}
-, {"DurabilityAskedOfUs", PLEX_CHANGE{reader.durability().kind = dds::TRANSIENT_DURABILITY_QOS;
-}
-, true, true, "durability: transient asked for, transient-local offered"
-}
-, {"DurabilityAskedByUs", PLEX_CHANGE{writer.durability().kind = dds::VOLATILE_DURABILITY_QOS;
-}
-, false, true, "durability: transient-local asked for, volatile offered", "latched"
-}
-, {"DeadlineAskedOfUs", PLEX_CHANGE{reader.deadline().period = {0, 500000000};
-}
-, true, true, "deadline: 0.5 s asked for, infinite offered"
-}
-, {"LatencyBudgetOffered", PLEX_CHANGE{writer.latency_budget().duration = {2, 0};
-}
-, false, false, "latency budget: 0 s asked for, 2 s offered"
-}
-, {"LivelinessAskedOfUs", PLEX_CHANGE{reader.liveliness().kind = dds::MANUAL_BY_TOPIC_LIVELINESS_QOS;
-}
-, true, true, "liveliness: manual by topic, lease infinite asked for, automatic, lease infinite offered"
-}
-, {"LeaseAskedOfUs", PLEX_CHANGE{reader.liveliness().lease_duration = {3, 0};
-}
-, true, true, "liveliness: automatic, lease 3 s asked for, automatic, lease infinite offered"
-}
-, {"OwnershipAskedOfUs", PLEX_CHANGE{reader.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
-}
-, true, true, "ownership: exclusive asked for, shared offered"
-}
-, {"OwnershipOffered", PLEX_CHANGE{writer.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
-}
-, false, true, "ownership: shared asked for, exclusive offered"
-}
-, {"PresentationAskedOfUs", PLEX_CHANGE{subscriber.presentation().access_scope = dds::TOPIC_PRESENTATION_QOS;
-subscriber.presentation().coherent_access = true;
-}
-, true, false, "presentation: topic, coherent asked for, instance offered"
-}
-, {"PartitionAskedOfUs", PLEX_CHANGE{subscriber.partition().push_back("north*");
-}
-, true, true, "partition: \"north*\" asked for, \"\" offered"
-}
-, {"PartitionOffered", PLEX_CHANGE{publisher.partition().push_back("south");
-}
-, false, true, "partition: \"\" asked for, \"south\" offered"
-}
-, {"RepresentationOffered", PLEX_CHANGE{ovra::plex::fastdds::offer(writer, dds::XCDR2_DATA_REPRESENTATION);
-}
-, false, true, "data representation: xcdr1 asked for, xcdr2 offered"
-}
-, {"RepresentationAskedOfUs",
-   PLEX_CHANGE{ovra::plex::fastdds::representationOf(reader).m_value = {dds::XCDR2_DATA_REPRESENTATION};
-}
-, true, true, "data representation: xcdr2 asked for, xcdr1 offered"
-}
-,
+    {"ReliabilityAsked",
+     [](PeerQos& qos) { qos.writer.reliability().kind = dds::BEST_EFFORT_RELIABILITY_QOS; }, false, true,
+     "reliability: reliable asked for, best-effort offered", "reliable"},
+    {"DurabilityAskedOfUs",
+     [](PeerQos& qos) { qos.reader.durability().kind = dds::TRANSIENT_LOCAL_DURABILITY_QOS; }, true, true,
+     "durability: transient-local asked for, volatile offered", "reliable"},
+    {"DurabilityAskedByUs", [](PeerQos& qos) { qos.writer.durability().kind = dds::VOLATILE_DURABILITY_QOS; },
+     false, true, "durability: transient-local asked for, volatile offered", "latched"},
+    {"DeadlineAskedOfUs", [](PeerQos& qos) { qos.reader.deadline().period = {0, 500000000}; }, true, true,
+     "deadline: 0.5 s asked for, infinite offered"},
+    {"LatencyBudgetOffered", [](PeerQos& qos) { qos.writer.latency_budget().duration = {2, 0}; }, false,
+     false, "latency budget: 0 s asked for, 2 s offered"},
+    {"LivelinessAskedOfUs",
+     [](PeerQos& qos) { qos.reader.liveliness().kind = dds::MANUAL_BY_TOPIC_LIVELINESS_QOS; }, true, true,
+     "liveliness: manual by topic, lease infinite asked for, automatic, lease infinite offered"},
+    {"LeaseAskedOfUs", [](PeerQos& qos) { qos.reader.liveliness().lease_duration = {3, 0}; }, true, true,
+     "liveliness: automatic, lease 3 s asked for, automatic, lease infinite offered"},
+    {"OwnershipAskedOfUs", [](PeerQos& qos) { qos.reader.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS; },
+     true, true, "ownership: exclusive asked for, shared offered"},
+    {"OwnershipOffered", [](PeerQos& qos) { qos.writer.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS; },
+     false, true, "ownership: shared asked for, exclusive offered"},
+    {"PresentationAskedOfUs",
+     [](PeerQos& qos) {
+         qos.subscriber.presentation().access_scope = dds::TOPIC_PRESENTATION_QOS;
+         qos.subscriber.presentation().coherent_access = true;
+     },
+     true, false, "presentation: topic, coherent asked for, instance offered"},
+    {"PartitionAskedOfUs", [](PeerQos& qos) { qos.subscriber.partition().push_back("north*"); }, true, true,
+     "partition: \"north*\" asked for, \"\" offered"},
+    {"PartitionOffered", [](PeerQos& qos) { qos.publisher.partition().push_back("south"); }, false, true,
+     "partition: \"\" asked for, \"south\" offered"},
+    {"RepresentationOffered",
+     [](PeerQos& qos) { ovra::plex::fastdds::offer(qos.writer, dds::XCDR2_DATA_REPRESENTATION); }, false,
+     true, "data representation: xcdr1 asked for, xcdr2 offered"},
+    {"RepresentationAskedOfUs",
+     [](PeerQos& qos) {
+         ovra::plex::fastdds::representationOf(qos.reader).m_value = {dds::XCDR2_DATA_REPRESENTATION};
+     },
+     true, true, "data representation: xcdr2 asked for, xcdr1 offered"},
 });
-
-#undef PLEX_CHANGE
 
 INSTANTIATE_TEST_SUITE_P(Policies, RefusalTest, testing::ValuesIn(mismatches),
                          [](const auto& tested) { return std::string(tested.param.name); });
