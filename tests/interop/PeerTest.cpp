@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "PeerEnvironment.hpp"
 #include "Process.hpp"
 #include "TestTopic.hpp"
 #include "Topics.hpp"
@@ -80,15 +81,7 @@ protected:
                                            type,
                                            representation};
         arguments.insert(arguments.end(), rest.begin(), rest.end());
-        return Process(
-            arguments,
-            {"CYCLONEDDS_URI=<Domain><General>"
-             "<Interfaces><NetworkInterface address='127.0.0.1' multicast='false'/></Interfaces>"
-             "<AllowMulticast>false</AllowMulticast></General>"
-             "<Discovery><ParticipantIndex>auto</ParticipantIndex>"
-             "<MaxAutoParticipantIndex>30</MaxAutoParticipantIndex>"
-             "<Peers><Peer address='127.0.0.1'/></Peers></Discovery>"
-             "<Tracing><Verbosity>warning</Verbosity><OutputFile>stdout</OutputFile></Tracing></Domain>"});
+        return Process(arguments, peerEnvironment());
     }
 
     /// Values as the peer takes and prints them.

@@ -2,11 +2,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Compares what travels with docs/wire-format.md, as tshark decodes it.
 
-    capture.py PROGRAMS    the directory of interop-sender and interop-peer-*
+    capture.py PROGRAMS    the directory of interop-sender, interop-peer-* and interop-tests
 
-Publishers, some of the project and some of the peer, send to readers of the peer by UDP. Packets are captured in a
-network of their own, of which only the loopback interface is there. Where the system lets nobody make one or capture
-in it, the exit code is 77: skipped.
+Publishers, some of the project and some of the peer, send to readers of the peer by UDP; then the peer sends back what
+it was sent of types with members of each kind. Packets are captured in a network of their own, of which only the
+loopback interface is there. Where the system lets nobody make one or capture in it, the exit code is 77: skipped.
 """
 
 import os
@@ -57,6 +57,16 @@ FLOWS = [
     ("peer-final", "AltAz", "xcdr2", 0x0007, False, [XCDR2]),
     ("peer-appendable", "AltAz", "xcdr2", 0x0009, True, [XCDR2]),
 ]
+
+# types of Kinds.idl and the representation in which they are sent: the identifier of their payloads, and whether the
+# peer writes the same bytes (of mutable types it writes other headers, see KindsTest.cpp)
+KINDS = {
+    ("Plain", "xcdr1"): (0x0001, True),
+    ("Plain", "xcdr2"): (0x0007, True),
+    ("Frozen", "xcdr2"): (0x0007, True),
+    ("Growing", "xcdr2"): (0x0009, True),
+    ("Loose", "xcdr2"): (0x000B, False),
+}
 
 
 def topic_of(flow):
@@ -120,6 +130,15 @@ def exchange(programs):
             process.wait()
 
 
+def exchange_kinds(programs):
+    """Lets the peer send back what a test publishes."""
+    if not Path(f"{programs}/interop-echo").exists():
+        return False  # built without the generator
+    subprocess.run([f"{programs}/interop-tests", "--gtest_filter=KindsTest.*"], check=True, stdout=subprocess.DEVNULL,
+                   timeout=2 * PATIENCE)
+    return True
+
+
 class Capture:
     """Packets of the loopback interface, written to a file."""
 
@@ -151,7 +170,8 @@ class Capture:
 
 def decode(file):
     """The DATA submessages of the flows as tshark tells them: the fields of each by name, and the time stamp before it."""
-    wanted = 'rtps.sm.id == 0x15 and rtps.param.topicName contains "capture/"'
+    name = "rtps.param.topicName"
+    wanted = f'rtps.sm.id == 0x15 and ({name} contains "capture/" or {name} contains "kinds/")'
     text = subprocess.run(
         ["tshark", "-r", file, "-Y", wanted, "-T", "pdml"], check=True, capture_output=True, timeout=PATIENCE).stdout
     for packet in ElementTree.fromstring(text):
@@ -180,7 +200,8 @@ def check(what, found, expected):
         sys.exit(f"{what}\n  is        {found}\n  should be {expected}")
 
 
-def check_flows(messages):
+def gather(messages):
+    """What was announced of each topic, and its samples by their sequence numbers."""
     announced, samples = {}, {}
     for fields, timestamp in messages:
         topic = show(fields, "rtps.param.topicName")
@@ -194,9 +215,13 @@ def check_flows(messages):
             payload = fields.get("rtps.data.serialize_data") or fields["rtps.issueData"]
             samples.setdefault(topic, {})[int(show(fields, "rtps.sm.seqNumber"))] = (
                 int(show(fields, "rtps.param.serialize.encap_kind"), 16),
-                int(show(fields, "rtps.param.serialize.encap_len"), 16),
+                int(show(fields, "rtps.param.serialize.encap_len") or show(fields, "rtps.padding_bytes"), 16),
                 payload[0].get("value"),
                 timestamp)
+    return announced, samples
+
+
+def check_flows(announced, samples):
     for flow in FLOWS:
         topic = topic_of(flow)
         check(f"announcement of {topic}", announced.get(topic), (f"generated::dds_::vexstubif::{flow[1]}", flow[5]))
@@ -206,6 +231,20 @@ def check_flows(messages):
         for number, sample in enumerate(expected, 1):
             timed = sample if sample[3] is not None else sample[:3]
             check(f"sample {number} of {topic}", found[number][: len(timed)], timed)
+
+
+def check_kinds(announced, samples):
+    for (type_name, representation), (identifier, same_bytes) in KINDS.items():
+        prefix = f"kinds/{type_name}_{representation}/"
+        topics = sorted(topic for topic in samples if topic.startswith(prefix))
+        check(f"topics {prefix}", [topic.endswith("_back") for topic in topics], [False, True])
+        for topic in topics:
+            check(f"type of {topic}", announced[topic][0], f"kinds::{type_name}")
+            encodings = [sample[0] for sample in samples[topic].values()]
+            check(f"encodings of {topic}", encodings, 2 * [identifier - (ORDER == ">")])
+        if same_bytes:
+            there, back = (sorted(sample[2] for sample in samples[topic].values()) for topic in topics)
+            check(f"payloads of {topics[1]}", back, there)
 
 
 def skip(why):
@@ -219,8 +258,12 @@ def run_inside(programs):
     with tempfile.TemporaryDirectory() as directory:
         capture = Capture(f"{directory}/packets.pcapng")
         exchange(programs)
+        has_kinds = exchange_kinds(programs)
         capture.end()
-        check_flows(list(decode(capture.file)))
+        found = gather(decode(capture.file))
+        check_flows(*found)
+        if has_kinds:
+            check_kinds(*found)
 
 
 def main():

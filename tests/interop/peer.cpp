@@ -8,6 +8,7 @@
 // REPRESENTATION is xcdr1, xcdr2, or default for what the peer chooses. An endpoint on the other side that
 // does not fit ends it too: it prints "incompatible data representation", or the number of the policy that
 // does not fit.
+#include "Cyclone.hpp"
 #include "Types.h"
 
 #include <array>
@@ -15,24 +16,14 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <dds/dds.h>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+using namespace plex::test;
+
 namespace
 {
-
-constexpr dds_duration_t patience = DDS_SECS(20);
-
-/// An entity, or a failure as an exception.
-dds_entity_t checked(dds_entity_t result, const char* what)
-{
-    if (result < 0) {
-        throw std::runtime_error(std::string(what) + ": " + dds_strretcode(result));
-    }
-    return result;
-}
 
 /// What the command line asks for.
 struct Task {
@@ -40,21 +31,12 @@ struct Task {
     dds_domainid_t domain;
     const char* topic;
     const dds_topic_descriptor_t* type;
-    std::vector<dds_data_representation_id_t> representations; ///< empty: as the peer has it by default
+    std::string representation;
     std::vector<const char*> rest;
 
     /// Values of all types are one or more numbers of 64 bits.
     std::size_t numbers() const { return type->m_size / sizeof(std::uint64_t); }
 };
-
-std::vector<dds_data_representation_id_t> representations(const std::string& name)
-{
-    if (name == "default") {
-        return {};
-    }
-    return {name == "xcdr1" ? dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR1}
-                            : dds_data_representation_id_t{DDS_DATA_REPRESENTATION_XCDR2}};
-}
 
 Task parse(const std::vector<const char*>& arguments)
 {
@@ -66,48 +48,9 @@ Task parse(const std::vector<const char*>& arguments)
             arguments[3],
             std::string(arguments[4]) == "AltAz" ? &generated_dds__vexstubif_AltAz_desc
                                                  : &generated_dds__vexstubif_DomeTemperature_desc,
-            representations(arguments[5]),
+            arguments[5],
             {arguments.begin() + 6, arguments.end()}};
 }
-
-/// The QoS of every entity: nothing is lost, whoever comes first.
-dds_qos_t* makeQos(const Task& task)
-{
-    dds_qos_t* const qos = dds_create_qos();
-    dds_qset_reliability(qos, DDS_RELIABILITY_RELIABLE, patience);
-    dds_qset_durability(qos, DDS_DURABILITY_TRANSIENT_LOCAL);
-    dds_qset_history(qos, DDS_HISTORY_KEEP_ALL, DDS_LENGTH_UNLIMITED);
-    dds_qset_durability_service(qos, 0, DDS_HISTORY_KEEP_ALL, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED,
-                                DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED);
-    if (!task.representations.empty()) {
-        dds_qset_data_representation(qos, static_cast<std::uint32_t>(task.representations.size()),
-                                     task.representations.data());
-    }
-    return qos;
-}
-
-/// Waits for a status of an entity.
-class Watch
-{
-public:
-    Watch(dds_entity_t participant, dds_entity_t entity, std::uint32_t statuses)
-        : waitSet_(checked(dds_create_waitset(participant), "create a wait set"))
-    {
-        checked(dds_set_status_mask(entity, statuses), "set the status mask");
-        checked(dds_waitset_attach(waitSet_, entity, 0), "attach to the wait set");
-    }
-
-    void wait() const
-    {
-        if (checked(dds_waitset_wait_until(waitSet_, nullptr, 0, end_), "wait") == 0) {
-            throw std::runtime_error("the other side did not do its part in time");
-        }
-    }
-
-private:
-    const dds_entity_t waitSet_;
-    const dds_time_t end_ = dds_time() + patience;
-};
 
 bool isIncompatible(std::uint32_t count, std::uint32_t policy)
 {
@@ -172,7 +115,7 @@ void run(const Task& task)
 {
     const dds_entity_t participant =
         checked(dds_create_participant(task.domain, nullptr, nullptr), "create a participant");
-    dds_qos_t* const qos = makeQos(task);
+    dds_qos_t* const qos = makeQos(task.representation);
     const dds_entity_t topic =
         checked(dds_create_topic(participant, task.type, task.topic, qos, nullptr), "create a topic");
     (task.publishes ? publish : subscribe)(task, participant, topic, qos);
