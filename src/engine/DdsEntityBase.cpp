@@ -239,7 +239,7 @@ dds::DataWriterQos DdsEntityBase::writerQos(std::optional<std::int32_t> historyD
     qos.resource_limits().max_samples = 40000;
     qos.resource_limits().max_instances = 100;
     qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE;
-    setRepresentation(qos, representation_); // may need another policy
+    setRepresentation(qos, representation_, topicDataType().is_bounded()); // may need another policy
     return qos;
 }
 
@@ -253,7 +253,7 @@ dds::DataWriter* DdsEntityBase::createWriterWithProfile(dds::Publisher& publishe
     if (fastdds::code(publisher.get_datawriter_qos_from_profile(profile, qos)) != fastdds::RETCODE_OK) {
         return nullptr;
     }
-    setRepresentation(qos, representation_);
+    setRepresentation(qos, representation_, topicDataType().is_bounded());
     return publisher.create_datawriter(&topic, qos, nullptr, allStatuses());
 }
 

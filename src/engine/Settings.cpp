@@ -55,10 +55,11 @@ bool logsCallbackExceptions(const Plex::Properties& properties)
     return isSecond(properties, "dds.callback.exceptions", "pass", "log");
 }
 
-void setRepresentation(dds::DataWriterQos& qos, std::optional<fastdds::DataRepresentationId> asked)
+void setRepresentation(dds::DataWriterQos& qos, std::optional<fastdds::DataRepresentationId> asked,
+                       bool isBounded)
 {
     if (asked) {
-        fastdds::offer(qos, *asked);
+        fastdds::offer(qos, *asked, isBounded);
     }
 }
 

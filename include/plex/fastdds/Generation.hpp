@@ -105,7 +105,8 @@ inline bool isInfinite(const Duration_t& duration)
 }
 
 /// Lets a writer offer just this representation.
-inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation)
+inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation,
+                  bool /*isBounded*/)
 {
     qos.representation().m_value = {representation};
 }
@@ -202,11 +203,13 @@ inline bool isInfinite(const Duration_t& duration)
 ///
 /// Whatever the representation, this generation asks a type for the size of a value in XCDR version 1 and
 /// makes room for that. Preallocated payloads have the type's largest size instead; they would bring data
-/// sharing along, which never carries these types.
-inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation)
+/// sharing along, which never carries these types. Types without a largest size answer with that of the
+/// larger version.
+inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation,
+                  bool isBounded)
 {
     qos.representation().m_value = {representation};
-    if (representation != eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION) {
+    if (isBounded && representation != eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION) {
         qos.endpoint().history_memory_policy = HistoryMemory::PREALLOCATED_MEMORY_MODE;
         qos.data_sharing().off();
     }

@@ -17,6 +17,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace ovra::plex::ps
@@ -140,10 +141,18 @@ public:
         return false;
     }
 
-    /// A function that gives the payload size in XCDR version 1; see below.
+    /// A function that gives the payload size in XCDR version 1, of types without a bound in the version that
+    /// takes more: Fast DDS 2.14 makes so much room, whatever the representation. See below.
     std::function<std::uint32_t()> getSerializedSizeProvider(void* data) override
     {
-        return getSerializedSizeProvider(data, eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION);
+        auto first = getSerializedSizeProvider(data, eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION);
+        if (isBounded_) {
+            return first;
+        }
+        auto second = getSerializedSizeProvider(data, eprosima::fastdds::dds::XCDR2_DATA_REPRESENTATION);
+        return [first = std::move(first), second = std::move(second)] {
+            return std::max(first(), second());
+        };
     }
 
     /// A function that gives the payload size in bytes, header included; 0 when it cannot be computed. The
