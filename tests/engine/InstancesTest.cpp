@@ -470,7 +470,7 @@ TEST_P(InstanceRoomTest, OfAPublisherIsLimited)
 
 INSTANTIATE_TEST_SUITE_P(Profiles, InstanceRoomTest,
                          testing::Values(Room{"", 100}, Room{"reliable", 10}, Room{"latched", 100},
-                                         Room{"latest-only", 10}, Room{"high-rate", 1}),
+                                         Room{"latest-only", 10}, Room{"high-rate", 1}, Room{"large", 4}),
                          testing::PrintToStringParamName());
 
 } // namespace plex::test

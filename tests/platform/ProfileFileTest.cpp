@@ -71,7 +71,7 @@ TEST_F(ProfileFile, GivesTheParticipantsProfile)
 
 TEST_F(ProfileFile, ThatIsShippedAnnouncesParticipantsEverySecond)
 {
-    for (const auto* const library : {"reliable", "latched", "latest-only", "high-rate"}) {
+    for (const auto* const library : {"reliable", "latched", "latest-only", "high-rate", "large"}) {
         const auto participant = plex_->getDomainParticipant(testUri(), properties(PROFILE_FILE, library));
         const auto& discovery = participant->get_qos().wire_protocol().builtin.discovery_config;
         EXPECT_EQ(discovery.leaseDuration_announcementperiod, ovra::plex::fastdds::Duration_t(1, 0))
