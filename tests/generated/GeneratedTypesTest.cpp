@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Types with all that a definition may say, as plex-idl generates them.
+#include "Payloads.hpp"
+
 #include <plex/PlexException.hpp>
 
 #include <gmock/gmock.h>
@@ -31,31 +33,10 @@ using everything::Door;
 
 constexpr std::array representations{XCDR_DATA_REPRESENTATION, XCDR2_DATA_REPRESENTATION};
 
-using Bytes = std::vector<unsigned char>;
-
-/// A payload with a value of an adapter; empty where it is refused.
-template <class Adapter>
-Bytes encoded(const typename Adapter::DdsType& value, DataRepresentationId representation)
-{
-    typename Adapter::PubSubType type;
-    ovra::plex::fastdds::SerializedPayload_t payload(65536);
-    std::fill_n(payload.data, payload.max_size, static_cast<unsigned char>(0));
-    auto copy = value;
-    if (!type.ovra::plex::ps::template PubSubType<typename Adapter::DdsType>::serialize(&copy, &payload,
-                                                                                        representation)) {
-        return {};
-    }
-    return {payload.data, payload.data + payload.length};
-}
-
 template <class Adapter>
 bool decode(const Bytes& bytes, typename Adapter::DdsType& value)
 {
-    typename Adapter::PubSubType type;
-    ovra::plex::fastdds::SerializedPayload_t payload(static_cast<std::uint32_t>(bytes.size()));
-    std::ranges::copy(bytes, payload.data);
-    payload.length = static_cast<std::uint32_t>(bytes.size());
-    return type.ovra::plex::ps::template PubSubType<typename Adapter::DdsType>::deserialize(&payload, &value);
+    return Decoder<Adapter>().decode(bytes, value);
 }
 
 template <class Adapter>

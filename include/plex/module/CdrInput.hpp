@@ -22,6 +22,9 @@ namespace ovra::plex::ps::cdr
 class Input
 {
 public:
+    static constexpr std::size_t mostPadding = 3; ///< bytes that fill something up
+    static constexpr std::size_t anything = static_cast<std::size_t>(-1);
+
     /// Up to the end of the stream.
     explicit Input(Cdr& cdr) : cdr_(cdr) {}
 
@@ -40,7 +43,11 @@ public:
     template <class T>
     void takeAll(T* values, std::size_t count)
     {
-        if (count > 0) {
+        if constexpr (std::is_same_v<T, bool>) { // Fast CDR takes any byte of an array for one
+            for (std::size_t i = 0; i < count; ++i) {
+                values[i] = take<bool>();
+            }
+        } else if (count > 0) {
             cdr_.deserialize_array(values, count);
         }
     }
@@ -92,31 +99,38 @@ public:
         cdr_.set_state(before);
     }
 
-    /// Reads what takes so many bytes, and goes on behind them, wherever the reading ended before.
+    /// Reads what takes so many bytes, of which the reading may leave some.
     template <class Read>
-    void within(std::uint32_t size, Read read)
+    void within(std::uint32_t size, std::size_t mayLeave, Read read)
     {
         require(size);
         Input part(cdr_);
         part.end_ = position() + size;
         read(part);
         check(position() <= part.end_, "A value goes beyond the length in front of it");
-        cdr_.jump(static_cast<std::size_t>(part.end_ - position()));
+        const auto left = static_cast<std::size_t>(part.end_ - position());
+        check(left <= mayLeave, "A value ends before the length in front of it does");
+        cdr_.jump(left);
     }
 
-    /// The same where alignment counts from the beginning.
+    /// The same where alignment counts from the beginning, for what comes behind it, too.
     template <class Read>
-    void alignedWithin(std::uint32_t size, Read read)
+    void alignedWithin(std::uint32_t size, std::size_t mayLeave, Read read)
+    {
+        cdr_.reset_alignment();
+        within(size, mayLeave, read);
+    }
+
+    /// Goes to the end.
+    void skip() { cdr_.jump(static_cast<std::size_t>(end_ - position())); }
+
+    /// Says that the payload ends here, but for what fills it up.
+    void requireEnd()
     {
         const Cdr::state before(cdr_);
-        require(size);
-        Input part(cdr_);
-        part.end_ = position() + size;
-        cdr_.reset_alignment();
-        read(part);
-        check(position() <= part.end_, "A value goes beyond the length in front of it");
+        const bool goesOn = cdr_.jump(mostPadding + 1);
         cdr_.set_state(before);
-        cdr_.jump(size);
+        check(!goesOn, "The payload goes on behind the value");
     }
 
     static void check(bool holds, const char* message)
@@ -191,11 +205,12 @@ void readSequence(Input& input, Elements& elements)
 }
 
 /// What has its length in front of it where a version of CDR has that.
+/// @param mayLeave how much of that the reading may leave: a later version of a type has more.
 template <class Read>
-void readDelimited(Input& input, bool isDelimited, Read read)
+void readDelimited(Input& input, bool isDelimited, std::size_t mayLeave, Read read)
 {
     if (isDelimited && input.version() == CdrVersion::XCDRv2) {
-        input.within(input.take<std::uint32_t>(), read);
+        input.within(input.take<std::uint32_t>(), mayLeave, read);
     } else {
         read(input);
     }
@@ -250,16 +265,21 @@ inline LongHeader takeLongHeader(Input& input)
     const bool mustUnderstand = (start.id & header::shortMustUnderstand) != 0;
     const std::uint32_t id = start.id & header::shortIdMask;
     if (id != header::extended) {
+        const bool isReserved = id > header::lastShortId && id != header::end && id != header::ignored;
+        Input::check(!isReserved, "A member has an id that is reserved");
         return {id, start.length, mustUnderstand};
     }
+    Input::check(start.length == 2 * sizeof(std::uint32_t),
+                 "A long header of a member is not as long as it is");
     const auto longId = input.take<std::uint32_t>() & header::idMask;
     return {longId, input.take<std::uint32_t>(), mustUnderstand};
 }
 
 /// An optional member where members have no headers.
-template <class Rule, class T>
+template <class Field, class T>
 void readOptional(Input& input, std::optional<T>& member)
 {
+    using Rule = typename Field::RuleType;
     if (input.version() == CdrVersion::XCDRv2) {
         if (input.take<bool>()) {
             readValue<Rule>(input, present(member));
@@ -269,20 +289,23 @@ void readOptional(Input& input, std::optional<T>& member)
         return;
     }
     const LongHeader start = takeLongHeader(input);
-    if (start.length == 0) {
-        member.reset();
-        return;
-    }
-    input.alignedWithin(start.length, [&](Input& part) { readValue<Rule>(part, present(member)); });
+    Input::check(start.id == Field::id, "An optional member has another one's header");
+    input.alignedWithin(start.length, Input::mostPadding, [&](Input& part) {
+        if (start.length == 0) {
+            member.reset();
+        } else {
+            readValue<Rule>(part, present(member));
+        }
+    });
 }
 
-template <class Rule, class T>
+template <class Field, class T>
 void readPlainMember(Input& input, T& member)
 {
     if constexpr (isOptional<T>) {
-        readOptional<Rule>(input, member);
+        readOptional<Field>(input, member);
     } else {
-        readValue<Rule>(input, member);
+        readValue<typename Field::RuleType>(input, member);
     }
 }
 
@@ -297,9 +320,18 @@ void readPlain(Input& input, bool isDelimited, T& value)
         if (isDelimited && input.isAtEnd()) {
             reset(member, initial...);
         } else {
-            readPlainMember<typename decltype(field)::RuleType>(input, member);
+            readPlainMember<decltype(field)>(input, member);
         }
     });
+}
+
+/// A member with a header. An optional one may be there without a value.
+template <class Rule, class T>
+void readPresent(Input& input, T& member)
+{
+    if (!isOptional<T> || !input.isAtEnd()) {
+        readValue<Rule>(input, present(member));
+    }
 }
 
 /// The member with an id. @returns false: there is none.
@@ -309,21 +341,26 @@ bool readMember(Input& input, std::uint32_t id, T& value)
     bool found = false;
     Fields<T>::forEach(value, [&](auto field, auto& member, const auto&... /*initial*/) {
         if (field.id == id) {
-            readValue<typename decltype(field)::RuleType>(input, present(member));
+            readPresent<typename decltype(field)::RuleType>(input, member);
             found = true;
         }
     });
     return found;
 }
 
-/// Reads members that have headers: read(part, id) says whether it knows the one with that id.
+/// Reads members that have headers: read(part, id) says whether it knows the one with that id, of which it
+/// reads all then.
 template <class Read>
 void forEachHeader1(Input& input, Read read)
 {
     for (LongHeader next = takeLongHeader(input); next.id != header::end; next = takeLongHeader(input)) {
-        input.alignedWithin(next.length, [&](Input& part) {
-            const bool isKnown = next.id != header::ignored && read(part, next.id);
-            Input::check(isKnown || !next.mustUnderstand, "A member that must be understood is not known");
+        input.alignedWithin(next.length, Input::mostPadding, [&](Input& part) {
+            const bool isIgnored = next.id == header::ignored;
+            if (isIgnored || !read(part, next.id)) {
+                Input::check(isIgnored || !next.mustUnderstand,
+                             "A member that must be understood is not known");
+                part.skip();
+            }
         });
     }
 }
@@ -349,10 +386,12 @@ void forEachHeader2(Input& input, Read read)
     while (!input.isAtEnd()) {
         const auto start = input.take<std::uint32_t>();
         const std::uint32_t length = takeLength(input, start >> header::lengthCodeShift & 7U);
-        input.within(length, [&](Input& part) {
-            const bool isKnown = read(part, start & header::idMask);
-            Input::check(isKnown || (start & header::mustUnderstand) == 0,
-                         "A member that must be understood is not known");
+        input.within(length, 0, [&](Input& part) {
+            if (!read(part, start & header::idMask)) {
+                Input::check((start & header::mustUnderstand) == 0,
+                             "A member that must be understood is not known");
+                part.skip();
+            }
         });
     }
 }
@@ -407,7 +446,7 @@ void readMutableUnion(Input& input, T& value)
 {
     bool isSelected = false;
     forEachHeader(input, [&](Input& part, std::uint32_t id) {
-        if (id == 0) {
+        if (id == 0 && !isSelected) {
             select(value, readDiscriminator(part, value));
             isSelected = true;
             return true;
@@ -453,17 +492,20 @@ void readValue(Input& input, T& value)
     } else if constexpr (isText<T>) {
         readText<Rule>(input, value);
     } else if constexpr (isSequence<T>) {
-        readDelimited(input, isDelimited<T>, [&](Input& part) { readSequence<Rule>(part, value); });
+        readDelimited(input, isDelimited<T>, 0, [&](Input& part) { readSequence<Rule>(part, value); });
     } else if constexpr (isArray<T>) {
-        readDelimited(input, isDelimited<T>, [&](Input& part) { readElements<Rule>(part, value); });
+        readDelimited(input, isDelimited<T>, 0, [&](Input& part) { readElements<Rule>(part, value); });
     } else {
         constexpr Extensibility extensibility = Fields<T>::extensibility;
-        readDelimited(input, extensibility != Extensibility::Final,
+        readDelimited(input, extensibility != Extensibility::Final, Input::anything,
                       [&](Input& part) { readMembers(part, extensibility, value); });
     }
 }
 
 /// Reads a value from a stream whose encoding may be another than its type's: as its header says.
+///
+/// The payload must end with the value, up to what fills it up. One in plain CDR of a type that is appendable
+/// may go on, as values of its later versions do.
 /// @throws eprosima::fastcdr::exception::Exception when the input is truncated or malformed, or goes beyond
 /// bounds; some
 ///         members may then have been written.
@@ -474,14 +516,21 @@ void deserializeFields(Cdr& cdr, EncodingAlgorithmFlag encoding, T& value)
     switch (encoding) {
     case EncodingAlgorithmFlag::PLAIN_CDR:
     case EncodingAlgorithmFlag::PLAIN_CDR2:
-        return readMembers(input, Extensibility::Final, value);
+        readMembers(input, Extensibility::Final, value);
+        break;
     case EncodingAlgorithmFlag::DELIMIT_CDR2:
-        return readDelimited(input, true,
-                             [&](Input& part) { readMembers(part, Extensibility::Appendable, value); });
+        readDelimited(input, true, Input::anything,
+                      [&](Input& part) { readMembers(part, Extensibility::Appendable, value); });
+        break;
     case EncodingAlgorithmFlag::PL_CDR:
     case EncodingAlgorithmFlag::PL_CDR2:
-        return readDelimited(input, true,
-                             [&](Input& part) { readMembers(part, Extensibility::Mutable, value); });
+        readDelimited(input, true, Input::anything,
+                      [&](Input& part) { readMembers(part, Extensibility::Mutable, value); });
+        break;
+    }
+    if (encoding != EncodingAlgorithmFlag::PLAIN_CDR ||
+        Fields<T>::extensibility != Extensibility::Appendable) {
+        input.requireEnd();
     }
 }
 

@@ -48,15 +48,8 @@ public:
         write();
     }
 
-    /// Writes something whose alignment counts from its beginning.
-    template <class Write>
-    void aligned(Write write)
-    {
-        const std::size_t outer = origin_;
-        origin_ = position_;
-        write();
-        origin_ = outer;
-    }
+    /// Has alignment count from here on.
+    void beginAlignment() { origin_ = position_; }
 
     static void check(bool /*holds*/, const char* /*message*/) {}
 
@@ -116,17 +109,7 @@ public:
         cdr_.set_state(after);
     }
 
-    template <class Write>
-    void aligned(Write write)
-    {
-        const Cdr::state before(cdr_);
-        const std::size_t begin = cdr_.get_serialized_data_length();
-        cdr_.reset_alignment();
-        write();
-        const std::size_t length = cdr_.get_serialized_data_length() - begin;
-        cdr_.set_state(before);
-        cdr_.jump(length);
-    }
+    void beginAlignment() { cdr_.reset_alignment(); }
 
     /// @throws eprosima::fastcdr::exception::BadParamException where it does not hold.
     static void check(bool holds, const char* message)
@@ -263,8 +246,9 @@ void writeWithHeader1(Sink& sink, const T* value)
     } else {
         sink.putHeader(Field::id | flags, length);
     }
+    sink.beginAlignment(); // for what comes behind the member, too, as in Fast CDR
     if (value != nullptr) {
-        sink.aligned([&] { writeValue<Rule>(sink, *value); });
+        writeValue<Rule>(sink, *value);
     }
 }
 
