@@ -89,6 +89,20 @@ TEST(Expressions, EndAtTheFirstClosingAngle)
     EXPECT_EQ(toString(*type.members[1].type), "sequence<int32, 4>");
 }
 
+TEST(Text, IsWellFormedUtf8)
+{
+    for (const std::string bytes :
+         {"\xc0\x80", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf", "\xf4\x90\x80\x80"}) {
+        EXPECT_THAT(complaintsOf("const string A = \"" + bytes + "\";"),
+                    testing::ElementsAre("1:18: the text is not UTF-8"));
+        EXPECT_THAT(complaintsOf("// " + bytes + "\nconst long A = 1;"), testing::IsEmpty());
+    }
+    for (const std::string bytes :
+         {"\xc2\x80", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
+        EXPECT_EQ(valueOf("string", "\"" + bytes + "\""), "\"" + bytes + "\"");
+    }
+}
+
 } // namespace
 
 } // namespace plex::test

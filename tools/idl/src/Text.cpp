@@ -2,6 +2,7 @@
 #include "Text.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace ovra::plex::idl
 {
@@ -31,6 +32,27 @@ char32_t bitsOf(char byte, unsigned mask)
     return static_cast<unsigned char>(byte) & mask;
 }
 
+/// The character that bytes stand for, whether it may be written in so many or not.
+char32_t characterOf(std::string_view bytes)
+{
+    if (bytes.size() == 1) {
+        return bitsOf(bytes[0], 0xFF);
+    }
+    char32_t character = bitsOf(bytes[0], 0x7FU >> bytes.size());
+    for (const char c : bytes.substr(1)) {
+        character = character << 6U | bitsOf(c, 0x3F);
+    }
+    return character;
+}
+
+/// Whether a character takes so many bytes; half of a surrogate pair takes none.
+bool takes(char32_t character, std::size_t size)
+{
+    constexpr std::array<char32_t, 5> ends{0, 0x80, 0x800, 0x10000, 0x110000};
+    const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
+    return character >= ends.at(size - 1) && character < ends.at(size) && !isSurrogate;
+}
+
 } // namespace
 
 std::string lowerCase(std::string_view text)
@@ -45,20 +67,12 @@ std::size_t characterSize(std::string_view text)
     const std::size_t size = text.empty() ? 0 : sizeBehind(static_cast<unsigned char>(text[0]));
     const bool isWellFormed =
         size > 0 && size <= text.size() && std::ranges::all_of(text.substr(1, size - 1), isContinuation);
-    return isWellFormed ? size : 0;
+    return isWellFormed && takes(characterOf(text.substr(0, size)), size) ? size : 0;
 }
 
 char32_t firstCharacter(std::string_view text)
 {
-    const std::size_t size = characterSize(text);
-    if (size <= 1) {
-        return bitsOf(text[0], 0xFF);
-    }
-    char32_t character = bitsOf(text[0], 0x7FU >> size);
-    for (const char c : text.substr(1, size - 1)) {
-        character = character << 6U | bitsOf(c, 0x3F);
-    }
-    return character;
+    return characterOf(text.substr(0, std::max<std::size_t>(characterSize(text), 1)));
 }
 
 void append(std::string& text, char32_t character)
