@@ -237,6 +237,7 @@ TEST(GeneratedTopicDataType, SaysHowLargeAKeyIsToTheByte)
     const auto largestKey = [](const std::string& members) {
         const std::string text =
             generated("dds/TPubSubType.cpp", "module m { enum E { A }; struct P { long l; @key octet k; };"
+                                             "union U switch (octet) { case 1: long l; case 2: octet o; };"
                                              "@topic struct T {" +
                                                  members + "}; };");
         return text.substr(text.find("true, ") + 6, text.find("})") - text.find("true, ") - 6);
@@ -245,6 +246,7 @@ TEST(GeneratedTopicDataType, SaysHowLargeAKeyIsToTheByte)
     EXPECT_EQ(largestKey("@key short s; @key E e[3];"), "16");
     EXPECT_EQ(largestKey("@key octet o; @key double d;"), "16");
     EXPECT_EQ(largestKey("@key P p[3]; @key octet o;"), "4");
+    EXPECT_EQ(largestKey("@key U u;"), "8");
     EXPECT_EQ(largestKey("@key string<11> s;"), "16");
     EXPECT_EQ(largestKey("@key sequence<long, 3> s;"), "16");
     EXPECT_EQ(largestKey("@key octet o; string s;"), "1, false");

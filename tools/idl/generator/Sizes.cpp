@@ -2,6 +2,8 @@
 #include "Sizes.hpp"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 namespace ovra::plex::idl
 {
@@ -14,12 +16,6 @@ constexpr std::uint64_t lengthBytes = 4;  ///< of a delimiter, too
 constexpr std::uint64_t headerBytes = 12; ///< of a member, the longest one
 constexpr std::uint64_t largestAlignment = 8;
 
-constexpr std::uint64_t assumedCharacters = 256; ///< of a string without a bound
-constexpr std::uint64_t assumedElements = 64;    ///< of a sequence without a bound
-constexpr std::uint64_t mostKeyElements = 1024;  ///< that are looked at one by one
-constexpr std::uint64_t largestBounded = 64ULL << 20U;
-constexpr std::uint64_t largestAtFirst = 64ULL << 10U;
-
 std::uint64_t aligned(std::uint64_t position, std::uint64_t alignment)
 {
     return (position + alignment - 1) / alignment * alignment;
@@ -31,144 +27,110 @@ class Measure
 public:
     explicit Measure(std::uint64_t begin) : end_(begin) {}
 
-    void add(const Type& type);
     void addMember(const Member& member, Extensibility extensibility);
-    void addKeyOf(const Type& type);
 
-    LargestSize size() const
-    {
-        const bool isBounded = isBounded_ && end_ <= largestBounded;
-        return {static_cast<std::uint32_t>(isBounded ? end_ : std::min(end_, largestAtFirst)), isBounded};
-    }
+    LargestSize size() const { return LargestSize::of(end_, isBounded_); }
 
 private:
-    void addNumber(std::uint64_t size) { end_ = aligned(end_, size) + size; }
+    /// What a type takes that begins at some place between two multiples of 8.
+    struct Extent {
+        std::uint64_t bytes = 0;
+        bool isBounded = true;
+    };
 
-    /// Elements, each of which may begin at any place.
-    template <class AddOne>
-    void addTimes(std::uint64_t count, AddOne addOne);
-
-    void addLength(std::uint32_t bound, std::uint64_t assumed, std::uint64_t& count);
+    void add(const Type& declared);
+    void addParts(const Type& type);
     void addUnion(const UnionType& type);
-    void addKeyElements(const Type& element, std::uint64_t count);
+    void addList(const Type& element, std::uint64_t count);
+    void addLength(std::uint32_t bound);
 
+    void addNumber(std::uint64_t size) { moveTo(aligned(end_, size) + size); }
+
+    void moveTo(std::uint64_t end) { end_ = std::min(end, 2 * LargestSize::mostBounded); }
+
+    std::map<std::pair<const Type*, std::uint64_t>, Extent> extents_;
     std::uint64_t end_;
     bool isBounded_ = true;
 };
 
-/// How many bytes a number and the like takes, which is also how it is aligned.
-std::uint64_t bytesOf(const Type& type)
-{
-    switch (type.kind) {
-    case TypeKind::Boolean:
-    case TypeKind::Char:
-        return 1;
-    case TypeKind::Float:
-        return 4;
-    case TypeKind::Double:
-        return 8;
-    default:
-        return storageBits(type) / 8;
-    }
-}
-
-void Measure::addLength(std::uint32_t bound, std::uint64_t assumed, std::uint64_t& count)
+void Measure::addLength(std::uint32_t bound)
 {
     isBounded_ = isBounded_ && bound > 0;
-    count = bound > 0 ? bound : assumed;
     addNumber(lengthBytes);
 }
 
-template <class AddOne>
-void Measure::addTimes(std::uint64_t count, AddOne addOne)
+/// Each of the elements may begin at any place.
+void Measure::addList(const Type& element, std::uint64_t count)
 {
-    Measure one(0);
-    addOne(one);
-    isBounded_ = isBounded_ && one.isBounded_;
-    const std::uint64_t each = std::min(aligned(one.end_, largestAlignment), largestBounded);
-    end_ = std::min(aligned(end_, largestAlignment) + count * each, 2 * largestBounded);
+    moveTo(aligned(end_, largestAlignment));
+    const std::uint64_t begin = end_;
+    add(element);
+    const std::uint64_t each = std::min(aligned(end_ - begin, largestAlignment), LargestSize::mostBounded);
+    moveTo(begin + count * each);
 }
 
 void Measure::addUnion(const UnionType& type)
 {
     add(*type.discriminator);
-    std::uint64_t most = end_;
+    const std::uint64_t begin = end_;
+    std::uint64_t most = begin;
     for (const UnionCase& each : type.cases) {
-        Measure one(end_);
-        one.addMember(each, type.extensibility);
-        most = std::max(most, one.end_);
-        isBounded_ = isBounded_ && one.isBounded_;
+        end_ = begin;
+        addMember(each, type.extensibility);
+        most = std::max(most, end_);
     }
-    end_ = most + 2 * headerBytes; // of the discriminator, and the mark at the end
+    moveTo(most + 2 * headerBytes); // of the discriminator, and the mark at the end
 }
 
-void Measure::add(const Type& type)
+void Measure::addParts(const Type& type)
 {
-    const Type& known = resolved(type);
-    std::uint64_t count = 0;
-    if (const auto* const text = as<StringType>(known)) {
-        addLength(text->bound, assumedCharacters, count);
-        end_ += count + 1;
-    } else if (const auto* const sequence = as<SequenceType>(known)) {
-        addNumber(lengthBytes); // of the delimiter
-        addLength(sequence->bound, assumedElements, count);
-        addTimes(count, [&](Measure& one) { one.add(*sequence->element); });
-    } else if (const auto* const array = as<ArrayType>(known)) {
-        addNumber(lengthBytes);
-        addTimes(elementCount(*array), [&](Measure& one) { one.add(*array->element); });
-    } else if (const auto* const structure = as<StructType>(known)) {
-        addNumber(lengthBytes);
+    if (const auto* const text = as<StringType>(type)) {
+        addLength(text->bound);
+        moveTo(end_ + (text->bound > 0 ? text->bound : LargestSize::assumedCharacters) + 1);
+        return;
+    }
+    addNumber(lengthBytes); // of the delimiter
+    if (const auto* const sequence = as<SequenceType>(type)) {
+        addLength(sequence->bound);
+        addList(*sequence->element, sequence->bound > 0 ? sequence->bound : LargestSize::assumedElements);
+    } else if (const auto* const array = as<ArrayType>(type)) {
+        addList(*array->element, elementCount(*array));
+    } else if (const auto* const structure = as<StructType>(type)) {
         for (const Member* const member : allMembers(*structure)) {
             addMember(*member, structure->extensibility);
         }
-        end_ += lengthBytes + largestAlignment; // of the mark at the end
-    } else if (const auto* const choice = as<UnionType>(known)) {
-        addNumber(lengthBytes);
+        moveTo(end_ + lengthBytes + largestAlignment); // of the mark at the end
+    } else if (const auto* const choice = as<UnionType>(type)) {
         addUnion(*choice);
+    }
+}
+
+void Measure::add(const Type& declared)
+{
+    const Type& type = resolved(declared);
+    if (const std::uint32_t width = widthOf(type); width != 0) {
+        addNumber(width);
+        return;
+    }
+    const auto [known, isNew] = extents_.try_emplace({&type, end_ % largestAlignment});
+    if (isNew) {
+        const std::uint64_t begin = end_;
+        const bool wasBounded = std::exchange(isBounded_, true);
+        addParts(type);
+        known->second = {end_ - begin, isBounded_};
+        isBounded_ = isBounded_ && wasBounded;
     } else {
-        addNumber(bytesOf(known));
+        moveTo(end_ + known->second.bytes);
+        isBounded_ = isBounded_ && known->second.isBounded;
     }
 }
 
 void Measure::addMember(const Member& member, Extensibility extensibility)
 {
     if (extensibility == Extensibility::Mutable || member.optional) {
-        end_ = aligned(aligned(end_, lengthBytes) + headerBytes, largestAlignment);
+        moveTo(aligned(aligned(end_, lengthBytes) + headerBytes, largestAlignment));
     }
     add(*member.type);
-}
-
-void Measure::addKeyElements(const Type& element, std::uint64_t count)
-{
-    if (count > mostKeyElements) { // far from a key that is its own hash
-        addTimes(count, [&](Measure& one) { one.addKeyOf(element); });
-        return;
-    }
-    for (std::uint64_t i = 0; i < count; ++i) {
-        addKeyOf(element);
-    }
-}
-
-/// Without headers and delimiters, and key members only. It is exact, since it decides on whether a key is
-/// hashed.
-void Measure::addKeyOf(const Type& type)
-{
-    const Type& known = resolved(type);
-    if (const auto* const structure = as<StructType>(known)) {
-        for (const Member* const member : allMembers(*structure)) {
-            if (member->key || !structure->hasKey) {
-                addKeyOf(*member->type);
-            }
-        }
-    } else if (const auto* const array = as<ArrayType>(known)) {
-        addKeyElements(*array->element, elementCount(*array));
-    } else if (const auto* const sequence = as<SequenceType>(known)) {
-        std::uint64_t count = 0;
-        addLength(sequence->bound, assumedElements, count);
-        addKeyElements(*sequence->element, count);
-    } else {
-        add(known);
-    }
 }
 
 } // namespace
@@ -187,11 +149,9 @@ LargestSize largestPayload(const TopicPlan& topic)
 
 LargestSize largestKey(const TopicPlan& topic)
 {
-    Measure measure(0);
-    for (const MemberPlan* const plan : topic.keys()) {
-        measure.addKeyOf(*plan->member->type);
-    }
-    return measure.size();
+    return topic.keys().empty()
+               ? LargestSize()
+               : largestKey(*topic.type, XcdrVersion::Xcdr1, false);
 }
 
 } // namespace ovra::plex::idl

@@ -3,17 +3,10 @@
 
 #include "Plan.hpp"
 
-#include <cstdint>
+#include <plex/idl/Encoding.hpp>
 
 namespace ovra::plex::idl
 {
-
-/// How many bytes something takes at most. Where that is not bounded, or too much to be set aside, it is what
-/// room is made for at first.
-struct LargestSize {
-    std::uint32_t bytes = 0;
-    bool isBounded = true;
-};
 
 /// Of a payload with a value of a topic, its encapsulation header included.
 LargestSize largestPayload(const TopicPlan& topic);

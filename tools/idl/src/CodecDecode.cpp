@@ -226,7 +226,8 @@ Datum Decoder::sequence(const SequenceType& type)
         checkElements(element, length);
         result = isByte(element) ? octets(length) : elements(element, length, nullptr);
     };
-    if (encapsulation_.version == XcdrVersion::Xcdr2 && delimitsListOf(*type.element, options_)) {
+    if (encapsulation_.version == XcdrVersion::Xcdr2 &&
+        delimitsListOf(*type.element, options_.delimitsEnumerations)) {
         delimited(read);
     } else {
         read();
@@ -243,7 +244,8 @@ Datum Decoder::array(const ArrayType& type)
         result = isByte(*shape.element) ? octets(shape.count)
                                         : elements(*shape.element, shape.count, &shape.dimensions);
     };
-    if (encapsulation_.version == XcdrVersion::Xcdr2 && delimitsListOf(*shape.element, options_)) {
+    if (encapsulation_.version == XcdrVersion::Xcdr2 &&
+        delimitsListOf(*shape.element, options_.delimitsEnumerations)) {
         delimited(read);
     } else {
         read();

@@ -188,7 +188,7 @@ void Encoder::delimited(const Write& write)
 template <class Write>
 void Encoder::list(const Type& element, const Write& write)
 {
-    if (version_ == XcdrVersion::Xcdr2 && delimitsListOf(element, options_)) {
+    if (version_ == XcdrVersion::Xcdr2 && delimitsListOf(element, options_.delimitsEnumerations)) {
         delimited(write);
     } else {
         write();

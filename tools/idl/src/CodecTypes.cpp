@@ -35,40 +35,9 @@ Extensibility extensibilityOf(const Type& type)
     return choice == nullptr ? Extensibility::Final : choice->extensibility;
 }
 
-ArrayShape::ArrayShape(const ArrayType& type)
-{
-    const ArrayType* array = &type;
-    while (array != nullptr) {
-        dimensions.insert(dimensions.end(), array->dimensions.begin(), array->dimensions.end());
-        element = &resolved(*array->element);
-        array = as<ArrayType>(*element);
-    }
-    for (const std::uint32_t dimension : dimensions) {
-        const bool isTooLarge = count > std::numeric_limits<std::uint64_t>::max() / dimension;
-        count = isTooLarge ? std::numeric_limits<std::uint64_t>::max() : count * dimension;
-    }
-}
-
 bool isByte(const Type& type)
 {
     return type.kind == TypeKind::Octet || type.kind == TypeKind::Uint8;
-}
-
-std::uint32_t widthOf(const Type& type)
-{
-    switch (type.kind) {
-    case TypeKind::Boolean:
-    case TypeKind::Char:
-        return 1;
-    case TypeKind::WChar:
-        return 2;
-    case TypeKind::Float:
-        return 4;
-    case TypeKind::Double:
-        return 8;
-    default:
-        return storageBits(type) / 8;
-    }
 }
 
 namespace
@@ -109,25 +78,17 @@ std::uint64_t leastSize(const Type& declared, XcdrVersion version)
     return width == 0 ? 4 : width;
 }
 
-bool delimitsListOf(const Type& declared, const CodecOptions& options)
-{
-    const Type& element = resolved(declared);
-    if (element.kind == TypeKind::Enum || element.kind == TypeKind::Bitmask) {
-        return options.delimitsEnumerations;
-    }
-    return widthOf(element) == 0;
-}
-
 std::uint32_t sharedLengthCode(const Type& declared, const CodecOptions& options)
 {
     const Type& type = resolved(declared);
     if (const auto* const array = as<ArrayType>(type)) {
-        return delimitsListOf(*ArrayShape(*array).element, options) ? 5 : 0;
+        return delimitsListOf(*ArrayShape(*array).element, options.delimitsEnumerations) ? 5 : 0;
     }
     if (const auto* const sequence = as<SequenceType>(type)) {
         constexpr std::array<std::uint32_t, 9> codes{0, 5, 0, 0, 6, 0, 0, 0, 7};
-        return delimitsListOf(*sequence->element, options) ? 5
-                                                           : codes.at(widthOf(resolved(*sequence->element)));
+        return delimitsListOf(*sequence->element, options.delimitsEnumerations)
+                   ? 5
+                   : codes.at(widthOf(resolved(*sequence->element)));
     }
     const bool beginsWithLength =
         type.kind == TypeKind::String || extensibilityOf(type) != Extensibility::Final;

@@ -32,26 +32,11 @@ Layout layoutOf(Extensibility extensibility, XcdrVersion version);
 /// That of a struct or union; others are final.
 Extensibility extensibilityOf(const Type& type);
 
-/// An array of arrays is one with the dimensions of all of them.
-struct ArrayShape {
-    explicit ArrayShape(const ArrayType& type);
-
-    std::vector<std::uint32_t> dimensions;
-    const Type* element = nullptr; ///< neither an alias nor an array
-    std::uint64_t count = 1;       ///< of elements; the greatest number where there are more
-};
-
 /// Octet or uint8: a list of them is kept as bytes.
 bool isByte(const Type& type);
 
-/// The bytes of a primitive, enum or bitmask; 0 for others.
-std::uint32_t widthOf(const Type& type);
-
 /// The bytes that a value takes at least, padding apart; 0 where it may take none.
 std::uint64_t leastSize(const Type& type, XcdrVersion version);
-
-/// Whether a delimiter header stands before a list of such elements in XCDR version 2.
-bool delimitsListOf(const Type& element, const CodecOptions& options);
 
 /// What the header of a member in XCDR version 2 takes from the member's own length: 5 the bytes that its
 /// first 32 bits count, 6 as many words of 4 bytes, 7 of 8 bytes; 0 nothing.

@@ -23,6 +23,7 @@
 #pragma once
 
 #include <plex/idl/Datum.hpp>
+#include <plex/idl/Encoding.hpp>
 #include <plex/idl/Model.hpp>
 
 #include <array>
@@ -66,8 +67,6 @@ private:
     std::optional<std::size_t> offset_;
 };
 
-enum class XcdrVersion : std::uint8_t { Xcdr1, Xcdr2 };
-
 /// Where implementations differ, and how strict a reader is.
 struct CodecOptions {
     /// In XCDR version 2 a delimiter header stands before sequences and arrays of enums and bitmasks, as the
@@ -108,7 +107,8 @@ std::vector<std::uint8_t> encode(const Type& type, const Datum& value, const Enc
 /// zeros behind them where that never takes more than 16 bytes, and their MD5 otherwise.
 /// @returns nothing for a type without a key.
 std::optional<std::array<std::uint8_t, 16>> keyHash(const Type& type, const Datum& value,
-                                                    XcdrVersion version = XcdrVersion::Xcdr1);
+                                                    XcdrVersion version = XcdrVersion::Xcdr1,
+                                                    const CodecOptions& options = {});
 
 /// @param indent blanks a level; negative: all on one line.
 std::string toJson(const Type& type, const Datum& value, int indent = -1);
