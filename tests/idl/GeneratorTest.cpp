@@ -22,7 +22,7 @@ std::string generated(const std::string& path, const std::string& definition,
 {
     const Model model = modelOf(definition);
     const Generation generation = generate(model, options);
-    EXPECT_EQ(toString(generation.diagnostics), "");
+    EXPECT_EQ(generation.diagnostics.errors(), 0U) << toString(generation.diagnostics);
     for (const GeneratedFile& file : generation.files) {
         if (file.path == path) {
             return file.text;
@@ -207,6 +207,24 @@ module m {
                                 "        visit(Field<2, Each<Each<Text<4>>>>(), value.table());\n    }"));
 }
 
+TEST(GeneratedFields, SayWhichListsHaveADelimiter)
+{
+    GenerateOptions options;
+    options.delimitsEnumerations = true;
+    const std::string text = generated("dds/TCdr.cpp", R"(
+module m {
+  enum E { A }; typedef E Row[2];
+  struct T { sequence<E> a; Row b; sequence<E, 3> c; sequence<Row> d; sequence<long> e; @must_understand E f[2]; };
+};)",
+                                       options);
+    EXPECT_THAT(text, HasSubstr("visit(Field<0, Delimited<Any>>(), value.a());\n"
+                                "        visit(Field<1, Delimited<Any>>(), value.b());\n"
+                                "        visit(Field<2, Delimited<List<Any, 3>>>(), value.c());\n"
+                                "        visit(Field<3, List<Delimited<Any>, 0>>(), value.d());\n"
+                                "        visit(Field<4>(), value.e());\n"
+                                "        visit(Field<5, Delimited<Any>, true>(), value.f());\n"));
+}
+
 TEST(GeneratedFields, OfIncludedTypesAreThereAsWell)
 {
     const ParseOptions parsing =
@@ -285,6 +303,72 @@ TEST(GeneratedFiles, AreThoseOfTheFileThatIsNamed)
     }
 }
 
+/// What is warned of, as "line:column".
+std::vector<std::string> warnings(const std::string& definition, const GenerateOptions& options = {})
+{
+    const Model model = modelOf(definition);
+    const Generation generation = generate(model, options);
+    EXPECT_FALSE(generation.files.empty());
+    std::vector<std::string> places;
+    for (const Diagnostic& diagnostic : generation.diagnostics.all()) {
+        EXPECT_EQ(diagnostic.severity, Severity::Warning);
+        EXPECT_NE(diagnostic.hint, "");
+        places.push_back(std::to_string(diagnostic.line) + ":" + std::to_string(diagnostic.column));
+    }
+    return places;
+}
+
+TEST(Warnings, AreOfListsOfEnumsAndBitmasks)
+{
+    const std::string definition =
+        R"(module m { enum E { A }; bitmask B { F }; typedef E Row[2]; typedef Row Rows[3];
+struct P { E one; sequence<E> list; };
+struct T { P p; Row row; Rows rows; sequence<Rows, 2> all; @optional sequence<sequence<B>> more; sequence<P> parts; };
+};)";
+    EXPECT_THAT(warnings(definition), ElementsAre("2:31", "3:21", "3:31", "3:55", "3:92"));
+    GenerateOptions options;
+    options.delimitsEnumerations = true;
+    EXPECT_THAT(warnings(definition, options), ElementsAre());
+    options.delimitsEnumerations = false;
+    EXPECT_THAT(warnings(definition, options), ElementsAre());
+}
+
+TEST(Warnings, AreOfKeysWhoseHashesDependOnTheVersion)
+{
+    const auto differs = [](const std::string& members) {
+        const std::string definition =
+            "module m { struct P { long l; double d; }; union U switch (octet) { case 1: "
+            "double d; case 2: octet o; }; @topic struct T {" +
+            members + "}; };";
+        return !warnings(definition).empty();
+    };
+    EXPECT_TRUE(differs("@key long a; @key double b;"));
+    EXPECT_TRUE(differs("@key octet a; @key int64 b; long c;"));
+    EXPECT_TRUE(differs("@key @id(2) double b; @key @id(1) long a;"));
+    EXPECT_TRUE(differs("@key string a; @key double b;"));
+    EXPECT_TRUE(differs("@key P p;"));
+    EXPECT_TRUE(differs("@key U u;"));
+    EXPECT_TRUE(differs("@key sequence<double> a;"));
+    EXPECT_TRUE(differs("@key sequence<string> a;"));
+    EXPECT_TRUE(differs("@key octet a[12]; @key double b;"));
+    EXPECT_FALSE(differs("@key double b; @key long a;"));
+    EXPECT_FALSE(differs("@key long a; @key long b; @key double c;"));
+    EXPECT_FALSE(differs("@key octet a[13]; @key double b;"));
+    EXPECT_FALSE(differs("@key string a; @key long b; double c;"));
+    EXPECT_FALSE(differs("long a; double b;"));
+}
+
+TEST(Warnings, AreNotOfKeysWhoseHashIsChosen)
+{
+    GenerateOptions options;
+    options.keyVersion = XcdrVersion::Xcdr2;
+    const std::string definition = "module m { struct T { @key long a; @key double b; }; };";
+    EXPECT_THAT(warnings(definition), ElementsAre("1:48"));
+    EXPECT_THAT(warnings(definition, options), ElementsAre());
+    EXPECT_THAT(generated("dds/TPubSubType.cpp", definition, options),
+                HasSubstr("20, true, 12, true, true, eprosima::fastcdr::CdrVersion::XCDRv2})"));
+}
+
 TEST(Refusals, AreOfWhatHasNoTopic)
 {
     EXPECT_THAT(refusals(""), ElementsAre("0:0: there is no topic"));
@@ -296,6 +380,19 @@ TEST(Refusals, AreOfTopicsThatNoClassCanBeMadeFor)
     EXPECT_THAT(refusals("struct T { long l; };"), ElementsAre("1:8: \"T\" is in no module"));
     EXPECT_THAT(refusals("module m { struct clone { long l; }; };"),
                 ElementsAre("1:19: a topic can not be called \"clone\""));
+}
+
+TEST(Warnings, AreOfTryConstructWhichHasNoEffect)
+{
+    EXPECT_THAT(
+        warnings("module m { struct T { @try_construct(TRIM) string<4> s; @try_construct long l; }; };"),
+        ElementsAre("1:54", "1:77"));
+    EXPECT_THAT(warnings("module m { struct T { @try_construct(DISCARD) long l; }; };"), ElementsAre());
+    EXPECT_THAT(
+        complaintsOf(
+            "union U switch (@try_construct(TRIM) long) { case 1: sequence<@try_construct string> s; };"),
+        ElementsAre("1:17: @try_construct has no effect on a discriminator",
+                    "1:63: @try_construct has no effect on an element"));
 }
 
 TEST(Refusals, AreOfTwoMembersWithOneAccessor)

@@ -93,6 +93,26 @@ TEST_F(Program, SaysNothingOfWhatIsRight)
     EXPECT_EQ(outcome.output + outcome.errors, "");
 }
 
+TEST_F(Program, WarnsOfEncodingsThatDifferUnlessOneIsChosen)
+{
+    const std::string file = write(
+        "a.idl", "module m { enum E { A }; struct T { @key long a; @key double b; sequence<E> e; }; };");
+    const Outcome outcome = plexIdl({file, "--check"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.errors,
+                HasSubstr(":1:77: warning: in XCDR version 2 no delimiter stands before the enums"));
+    EXPECT_THAT(outcome.errors, HasSubstr(":1:62: warning: with the key \"b\" of \"m::T\" hashes differ"));
+    EXPECT_EQ(plexIdl({file, "--check", "-Werror"}).exitCode, 1);
+    for (const std::string delimiters : {"none", "standard"}) {
+        for (const std::string hash : {"xcdr1", "xcdr2"}) {
+            const Outcome chosen =
+                plexIdl({file, "--check", "-Werror", "--enum-delimiters", delimiters, "--key-hash", hash});
+            EXPECT_EQ(chosen.exitCode, 0);
+            EXPECT_EQ(chosen.errors, "");
+        }
+    }
+}
+
 TEST_F(Program, CannotReadAFileThatIsNotThere)
 {
     const Outcome outcome = plexIdl({"/nowhere/a.idl", "--check"});
@@ -164,12 +184,11 @@ TEST_F(Program, WritesTheSourceFilesOfATopic)
     const Outcome outcome = plexIdl({write("a.idl", definition), "-o", output});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output + outcome.errors, "");
-    EXPECT_EQ(
-        filesIn(output),
-        (std::vector<std::string>{"dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp",
-                                  "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/AFactories.cpp", "dds/APubSubType.cpp",
-                                  "dds/APubSubType.hpp", "dds/Factories.hpp", "dds/shard0.cpp",
-                                  "include/m/A.hpp", "include/m/Values.hpp", "src/A.cpp", "src/shard0.cpp"}));
+    EXPECT_EQ(filesIn(output),
+              (std::vector<std::string>{"dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp",
+                                        "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/AFactories.cpp", "dds/APubSubType.cpp", "dds/APubSubType.hpp",
+                                        "dds/Factories.hpp", "dds/shard0.cpp", "include/m/A.hpp",
+                                        "include/m/Values.hpp", "src/A.cpp", "src/shard0.cpp"}));
 }
 
 TEST_F(Program, LeavesAFileThatDoesNotChangeAsItIs)

@@ -67,6 +67,12 @@ template <class Element>
 struct Each {
 };
 
+/// A sequence or array of enums or bitmasks that has a delimiter in version 2, as the standard has it and
+/// Fast CDR has not; else it is as said.
+template <class Rule>
+struct Delimited {
+};
+
 /// A member by its id, and what its values may be.
 template <std::uint32_t Id, class Rule = Any, bool MustUnderstand = false>
 struct Field {
@@ -104,6 +110,12 @@ inline constexpr bool isDelimited<std::vector<T>> = !isPrimitive<T>;
 template <class T, std::size_t Size>
 inline constexpr bool isDelimited<std::array<T, Size>> = isArray<T> ? isDelimited<T> : !isPrimitive<T>;
 
+/// The same with what is said of the type.
+template <class Rule, class T>
+inline constexpr bool isDelimitedBy = isDelimited<T>;
+template <class Rule, class T>
+inline constexpr bool isDelimitedBy<Delimited<Rule>, T> = true;
+
 template <class T>
 concept IsUnion = requires { Fields<T>::isUnion; };
 
@@ -123,6 +135,10 @@ struct ElementRule<Each<Element>> {
     using Type = Element;
 };
 
+template <class Rule>
+struct ElementRule<Delimited<Rule>> : ElementRule<Rule> {
+};
+
 /// The bound that a rule sets; 0: none.
 template <class Rule>
 inline constexpr std::uint32_t boundOf = 0;
@@ -130,6 +146,8 @@ template <std::uint32_t Bound>
 inline constexpr std::uint32_t boundOf<Text<Bound>> = Bound;
 template <class Element, std::uint32_t Bound>
 inline constexpr std::uint32_t boundOf<List<Element, Bound>> = Bound;
+template <class Rule>
+inline constexpr std::uint32_t boundOf<Delimited<Rule>> = boundOf<Rule>;
 
 /// How a type is encoded in a version of CDR.
 constexpr EncodingAlgorithmFlag encodingOf(Extensibility extensibility, CdrVersion version) noexcept

@@ -184,7 +184,7 @@ void readElements(Input& input, Elements& elements)
         input.takeAll(elements.data(), elements.size());
     } else {
         for (Element& element : elements) {
-            if constexpr (isArray<Element>) { // it has no delimiter of its own
+            if constexpr (isArray<Elements> && isArray<Element>) { // it has no delimiter of its own
                 readElements<typename ElementRule<Rule>::Type>(input, element);
             } else {
                 readValue<typename ElementRule<Rule>::Type>(input, element);
@@ -492,9 +492,9 @@ void readValue(Input& input, T& value)
     } else if constexpr (isText<T>) {
         readText<Rule>(input, value);
     } else if constexpr (isSequence<T>) {
-        readDelimited(input, isDelimited<T>, 0, [&](Input& part) { readSequence<Rule>(part, value); });
+        readDelimited(input, isDelimitedBy<Rule, T>, 0, [&](Input& part) { readSequence<Rule>(part, value); });
     } else if constexpr (isArray<T>) {
-        readDelimited(input, isDelimited<T>, 0, [&](Input& part) { readElements<Rule>(part, value); });
+        readDelimited(input, isDelimitedBy<Rule, T>, 0, [&](Input& part) { readElements<Rule>(part, value); });
     } else {
         constexpr Extensibility extensibility = Fields<T>::extensibility;
         readDelimited(input, extensibility != Extensibility::Final, Input::anything,

@@ -152,10 +152,10 @@ constexpr std::uint32_t sharedLengthCode(std::size_t elementSize)
 }
 
 /// The same for a type.
-template <class T>
+template <class Rule, class T>
 constexpr std::uint32_t sharedLengthCodeOf()
 {
-    if constexpr (isText<T> || isDelimited<T>) {
+    if constexpr (isText<T> || isDelimitedBy<Rule, T>) {
         return sharedLengthCode(1);
     } else if constexpr (isSequence<T>) {
         return sharedLengthCode(sizeof(typename T::value_type));
@@ -184,9 +184,6 @@ void writeText(Sink& sink, const std::string& text)
     sink.putAll(text.c_str(), text.size() + 1);
 }
 
-template <class Rule, class Sink, class T>
-void writeElement(Sink& sink, const T& element);
-
 template <class Rule, class Sink, class Elements>
 void writeElements(Sink& sink, const Elements& elements)
 {
@@ -195,19 +192,12 @@ void writeElements(Sink& sink, const Elements& elements)
         sink.putAll(elements.data(), elements.size());
     } else {
         for (const Element& element : elements) {
-            writeElement<typename ElementRule<Rule>::Type>(sink, element);
+            if constexpr (isArray<Elements> && isArray<Element>) { // it has no delimiter of its own
+                writeElements<typename ElementRule<Rule>::Type>(sink, element);
+            } else {
+                writeValue<typename ElementRule<Rule>::Type>(sink, element);
+            }
         }
-    }
-}
-
-/// An array within an array has no delimiter of its own.
-template <class Rule, class Sink, class T>
-void writeElement(Sink& sink, const T& element)
-{
-    if constexpr (isArray<T>) {
-        writeElements<Rule>(sink, element);
-    } else {
-        writeValue<Rule>(sink, element);
     }
 }
 
@@ -258,7 +248,7 @@ void writeWithHeader2(Sink& sink, const T& value)
 {
     using Rule = typename Field::RuleType;
     constexpr std::uint32_t id = Field::id | (Field::mustUnderstand ? header::mustUnderstand : 0);
-    constexpr std::uint32_t shared = sharedLengthCodeOf<T>();
+    constexpr std::uint32_t shared = sharedLengthCodeOf<Rule, T>();
     if constexpr (shared != 0) {
         sink.put(id | shared << header::lengthCodeShift);
     } else {
@@ -338,9 +328,9 @@ void writeValue(Sink& sink, const T& value)
     } else if constexpr (isText<T>) {
         writeText<Rule>(sink, value);
     } else if constexpr (isSequence<T>) {
-        writeDelimited(sink, isDelimited<T>, [&] { writeSequence<Rule>(sink, value); });
+        writeDelimited(sink, isDelimitedBy<Rule, T>, [&] { writeSequence<Rule>(sink, value); });
     } else if constexpr (isArray<T>) {
-        writeDelimited(sink, isDelimited<T>, [&] { writeElements<Rule>(sink, value); });
+        writeDelimited(sink, isDelimitedBy<Rule, T>, [&] { writeElements<Rule>(sink, value); });
     } else {
         writeDelimited(sink, Fields<T>::extensibility != Extensibility::Final,
                        [&] { writeMembers(sink, value); });
@@ -360,9 +350,26 @@ std::size_t fieldsSize(CdrVersion version, const T& value, std::size_t& currentA
     return size;
 }
 
-// Writes the key members as plain CDR does, whatever the type's extensibility.
+// Writes the key members as those of final types, whatever the type's extensibility.
 template <class Sink, class T>
 void writeKey(Sink& sink, const T& value);
+
+template <class Rule, class Sink, class T>
+void writeKeyValue(Sink& sink, const T& value);
+
+template <class Rule, class Sink, class Elements>
+void writeKeyElements(Sink& sink, const Elements& elements)
+{
+    using Next = typename ElementRule<Rule>::Type;
+    for (const auto& element : elements) {
+        if constexpr (isArray<Elements> &&
+                      isArray<typename Elements::value_type>) { // it has no delimiter of its own
+            writeKeyElements<Next>(sink, element);
+        } else {
+            writeKeyValue<Next>(sink, element);
+        }
+    }
+}
 
 template <class Rule, class Sink, class T>
 void writeKeyValue(Sink& sink, const T& value)
@@ -370,14 +377,14 @@ void writeKeyValue(Sink& sink, const T& value)
     if constexpr (isPrimitive<T> || isText<T>) {
         writeValue<Rule>(sink, value);
     } else if constexpr (isSequence<T> || isArray<T>) {
-        if constexpr (isSequence<T>) {
-            sink.check(boundOf<Rule> == 0 || value.size() <= boundOf<Rule>,
-                       "A sequence is longer than its bound");
-            sink.put(static_cast<std::uint32_t>(value.size()));
-        }
-        for (const auto& element : value) {
-            writeKeyValue<typename ElementRule<Rule>::Type>(sink, element);
-        }
+        writeDelimited(sink, isDelimitedBy<Rule, T>, [&] {
+            if constexpr (isSequence<T>) {
+                sink.check(boundOf<Rule> == 0 || value.size() <= boundOf<Rule>,
+                           "A sequence is longer than its bound");
+                sink.put(static_cast<std::uint32_t>(value.size()));
+            }
+            writeKeyElements<Rule>(sink, value);
+        });
     } else {
         writeKey(sink, value);
     }

@@ -33,6 +33,8 @@ struct PubSubTypeTraits {
     bool bounded = true;
     /// The same of keys; where it does not hold, hashes are MD5 sums whatever their size.
     bool keyBounded = true;
+    /// The version of XCDR of what key hashes are made of.
+    eprosima::fastcdr::CdrVersion keyVersion = eprosima::fastcdr::CdrVersion::XCDRv1;
 };
 
 namespace cdr
@@ -87,6 +89,7 @@ public:
         , maxKeyBytes_(traits.maxKeyBytes)
         , isBounded_(traits.bounded)
         , isKeyBounded_(traits.keyBounded)
+        , keyVersion_(traits.keyVersion)
         , keyBuffer_(static_cast<unsigned char*>(std::calloc(keyBytes_, 1)))
     {
         if (!keyBuffer_) {
@@ -177,7 +180,8 @@ public:
 
     void deleteData(void* data) override { delete static_cast<DdsType*>(data); }
 
-    /// Computes the key hash of a value (RTPS 2.5, 9.6.4.8): its key members as big-endian plain CDR, or the
+    /// Computes the key hash of a value (RTPS 2.5, 9.6.4.8): its key members as big-endian plain CDR of
+    /// the version that the module states, or the
     /// MD5 of that where asked for or where it may be longer than 16 bytes.
     /// @returns false, leaving the handle alone, when the type has no key or the value's cannot be encoded. A
     /// key
@@ -193,8 +197,8 @@ public:
         }
         std::fill_n(keyBuffer_.get(), keyBytes_, static_cast<unsigned char>(0));
         eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(keyBuffer_.get()), maxKeyBytes_);
-        Cdr stream(buffer, Cdr::BIG_ENDIANNESS, CdrVersion::XCDRv1);
-        stream.set_encoding_flag(EncodingAlgorithmFlag::PLAIN_CDR);
+        Cdr stream(buffer, Cdr::BIG_ENDIANNESS, keyVersion_);
+        stream.set_encoding_flag(keyEncoding());
         try {
             serialize_key(stream, *static_cast<const DdsType*>(data));
         } catch (const eprosima::fastcdr::exception::NotEnoughMemoryException&) {
@@ -220,6 +224,11 @@ public:
     bool construct_sample(void* /*memory*/) const override { return false; }
 
 private:
+    EncodingAlgorithmFlag keyEncoding() const
+    {
+        return cdr::encodingOf(cdr::Extensibility::Final, keyVersion_);
+    }
+
     /// Of a key whose size nobody knows before. @returns false when it can not be encoded.
     bool hashOfAnyKey(const DdsType& value, InstanceHandle_t& handle)
     {
@@ -227,8 +236,8 @@ private:
         for (std::size_t size = keyBytes_; size <= largest; size *= 2) {
             std::vector<char> memory(size); // zeros: Fast CDR leaves padding as it is
             eprosima::fastcdr::FastBuffer buffer(memory.data(), size);
-            Cdr stream(buffer, Cdr::BIG_ENDIANNESS, CdrVersion::XCDRv1);
-            stream.set_encoding_flag(EncodingAlgorithmFlag::PLAIN_CDR);
+            Cdr stream(buffer, Cdr::BIG_ENDIANNESS, keyVersion_);
+            stream.set_encoding_flag(keyEncoding());
             try {
                 serialize_key(stream, value);
             } catch (const eprosima::fastcdr::exception::NotEnoughMemoryException&) {
@@ -296,6 +305,7 @@ private:
     const std::uint32_t maxKeyBytes_;
     const bool isBounded_;
     const bool isKeyBounded_;
+    const CdrVersion keyVersion_;
     const std::unique_ptr<unsigned char, Free> keyBuffer_;
 };
 

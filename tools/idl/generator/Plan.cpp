@@ -3,6 +3,7 @@
 
 #include "Names.hpp"
 #include "Refusals.hpp"
+#include "Warnings.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -69,6 +70,11 @@ void nameMembers(TopicPlan& topic)
     }
 }
 
+EncodingRules rulesOf(const GenerateOptions& options)
+{
+    return {options.delimitsEnumerations.value_or(false), options.keyVersion.value_or(XcdrVersion::Xcdr1)};
+}
+
 TopicPlan planOfTopic(const StructType& type, const GenerateOptions& options)
 {
     TopicPlan topic;
@@ -79,6 +85,7 @@ TopicPlan planOfTopic(const StructType& type, const GenerateOptions& options)
     topic.folder = folderOf(type);
     topic.header = modulePath(*type.module).front() + "/" + topic.folder + topic.name + ".hpp";
     topic.ddsName = ddsNameOf(type, options.typeName);
+    topic.rules = rulesOf(options);
     for (const Member* const member : allMembers(type)) {
         topic.members.push_back(planOfMember(*member));
     }
@@ -153,6 +160,7 @@ bool isSimple(const TopicPlan& topic)
 Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& diagnostics)
 {
     Plan plan;
+    plan.rules = rulesOf(options);
     Refusals refusals(model, diagnostics);
     for (const NamedType* const type : model.types) {
         if (!type->included && refusals.accept(*type)) {
@@ -173,6 +181,7 @@ Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& dia
     std::ranges::copy_if(model.constants, std::back_inserter(plan.constants),
                          [](const Constant* constant) { return !constant->included; });
     plan.encoded = encodedIn(model, plan.topics);
+    warnOfDifferences(model, plan, options, diagnostics);
     return plan;
 }
 

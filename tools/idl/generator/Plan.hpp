@@ -29,12 +29,13 @@ struct MemberPlan {
 /// A topic.
 struct TopicPlan {
     const StructType* type = nullptr;
-    std::string name;    ///< of its classes: "Shutter"
-    std::string scope;   ///< of its abstract class: "dome"
-    std::string symbol;  ///< behind generated_dds_Publisher_: "dome_Shutter"
-    std::string header;  ///< of its abstract class: "dome/Shutter.hpp"
-    std::string folder;  ///< below dds/, of what binds it to DDS: "" or "inner/"
-    std::string ddsName; ///< of its type in DDS
+    std::string name;       ///< of its classes: "Shutter"
+    std::string scope;      ///< of its abstract class: "dome"
+    std::string symbol;     ///< behind generated_dds_Publisher_: "dome_Shutter"
+    std::string header;     ///< of its abstract class: "dome/Shutter.hpp"
+    std::string folder;     ///< below dds/, of what binds it to DDS: "" or "inner/"
+    std::string ddsName;    ///< of its type in DDS
+    EncodingRules rules;
     std::vector<MemberPlan> members;
 
     std::vector<const MemberPlan*> keys() const;
@@ -42,6 +43,7 @@ struct TopicPlan {
 
 /// All of it.
 struct Plan {
+    EncodingRules rules;
     std::vector<TopicPlan> topics;
     std::vector<const NamedType*> declared; ///< that get a plain form: types of the named files
     std::vector<const Constant*> constants; ///< of the named files

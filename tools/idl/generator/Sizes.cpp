@@ -151,7 +151,7 @@ LargestSize largestKey(const TopicPlan& topic)
 {
     return topic.keys().empty()
                ? LargestSize()
-               : largestKey(*topic.type, XcdrVersion::Xcdr1, false);
+               : largestKey(*topic.type, topic.rules.keyVersion, topic.rules.delimitsEnumerations);
 }
 
 } // namespace ovra::plex::idl

@@ -11,13 +11,18 @@ namespace ovra::plex::idl
 namespace
 {
 
-/// What is said of a type only where it is not bounded, or its key is not.
+/// What is said of a type only where it is not bounded, or its key is not, or is hashed as version 2 has it.
 std::string boundedText(const TopicPlan& topic)
 {
-    if (!largestKey(topic).isBounded) {
-        return ", false, false";
+    const auto word = [](bool holds) {
+        return std::string(holds ? ", true" : ", false");
+    };
+    const bool isBounded = largestPayload(topic).isBounded;
+    const bool isKeyBounded = largestKey(topic).isBounded;
+    if (topic.rules.keyVersion == XcdrVersion::Xcdr2) {
+        return word(isBounded) + word(isKeyBounded) + ", eprosima::fastcdr::CdrVersion::XCDRv2";
     }
-    return largestPayload(topic).isBounded ? "" : ", false";
+    return isKeyBounded ? (isBounded ? "" : ", false") : ", false, false";
 }
 
 } // namespace

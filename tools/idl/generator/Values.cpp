@@ -68,20 +68,22 @@ std::string includesOf(const Plan& plan)
     return headers.text();
 }
 
-std::string ruleOf(const Type& type)
+std::string ruleOf(const Type& type, const EncodingRules& rules);
+
+/// Without what it says of a delimiter.
+std::string plainRuleOf(const Type& type, const EncodingRules& rules)
 {
-    const Type& known = resolved(type);
-    if (const auto* const text = as<StringType>(known)) {
+    if (const auto* const text = as<StringType>(type)) {
         return text->bound == 0 ? "Any" : "Text<" + std::to_string(text->bound) + ">";
     }
-    if (const auto* const sequence = as<SequenceType>(known)) {
-        const std::string element = ruleOf(*sequence->element);
+    if (const auto* const sequence = as<SequenceType>(type)) {
+        const std::string element = ruleOf(*sequence->element, rules);
         return sequence->bound == 0 && element == "Any"
                    ? "Any"
                    : "List<" + element + ", " + std::to_string(sequence->bound) + ">";
     }
-    if (const auto* const array = as<ArrayType>(known)) {
-        std::string rule = ruleOf(*array->element);
+    if (const auto* const array = as<ArrayType>(type)) {
+        std::string rule = ruleOf(*array->element, rules);
         for (std::size_t i = 0; rule != "Any" && i < array->dimensions.size(); ++i) {
             rule.insert(0, "Each<").append(">");
         }
@@ -90,9 +92,17 @@ std::string ruleOf(const Type& type)
     return "Any";
 }
 
-std::string visitOf(const Member& member, const std::string& access, bool withDefault)
+std::string ruleOf(const Type& type, const EncodingRules& rules)
 {
-    const std::string rule = ruleOf(*member.type);
+    const Type& known = resolved(type);
+    const std::string rule = plainRuleOf(known, rules);
+    return rules.delimitsEnumerations && isListOfEnumerations(known) ? "Delimited<" + rule + ">" : rule;
+}
+
+std::string visitOf(const Member& member, const std::string& access, bool withDefault,
+                    const EncodingRules& rules)
+{
+    const std::string rule = ruleOf(*member.type, rules);
     const std::string initial = initialValue(member);
     const bool isSpecial = member.defaultValue || resolved(*member.type).kind == TypeKind::Enum;
     std::string field = std::to_string(member.id);
@@ -111,30 +121,30 @@ struct Access {
     std::string text;
 };
 
-std::string visits(const std::vector<Access>& members)
+std::string visits(const std::vector<Access>& members, const EncodingRules& rules)
 {
     std::string text;
     for (const auto& [member, access] : members) {
-        text += visitOf(*member, access, true);
+        text += visitOf(*member, access, true, rules);
     }
     return text;
 }
 
 /// Those of the key members, or where there are none, of all, by ascending id.
-std::string keyVisits(std::vector<Access> members)
+std::string keyVisits(std::vector<Access> members, const EncodingRules& rules)
 {
     const bool hasKey = std::ranges::any_of(members, [](const Access& each) { return each.member->key; });
     std::erase_if(members, [hasKey](const Access& each) { return hasKey && !each.member->key; });
     std::ranges::stable_sort(members, {}, [](const Access& each) { return each.member->id; });
     std::string text;
     for (const auto& [member, access] : members) {
-        text += visitOf(*member, access, false);
+        text += visitOf(*member, access, false, rules);
     }
     return text;
 }
 
 std::string structFields(const std::string& type, Extensibility extensibility,
-                         const std::vector<Access>& members)
+                         const std::vector<Access>& members, const EncodingRules& rules)
 {
     return filledBlock(R"(
 template <>
@@ -157,21 +167,21 @@ struct Fields<@type@> {
                         {"extensibility", nameInCode(extensibility)},
                         {"value", members.empty() ? "/*value*/" : "value"},
                         {"visit", members.empty() ? "/*visit*/" : "visit"},
-                        {"visits", visits(members)},
-                        {"keyVisits", keyVisits(members)}});
+                        {"visits", visits(members, rules)},
+                        {"keyVisits", keyVisits(members, rules)}});
 }
 
-std::string caseVisits(const UnionType& type)
+std::string caseVisits(const UnionType& type, const EncodingRules& rules)
 {
     std::string text;
     for (const NamedCase& each : namedCases(type)) {
         text += std::string(text.empty() ? "        if" : " else if") + " (value." + each.test +
-                "()) {\n    " + visitOf(*each.unionCase, each.name + "()", false) + "        }";
+                "()) {\n    " + visitOf(*each.unionCase, each.name + "()", false, rules) + "        }";
     }
     return text + "\n";
 }
 
-std::string unionFields(const UnionType& type)
+std::string unionFields(const UnionType& type, const EncodingRules& rules)
 {
     return filledBlock(R"(
 template <>
@@ -195,20 +205,20 @@ struct Fields<@type@> {
                         {"extensibility", nameInCode(type.extensibility)},
                         {"isKey", type.discriminatorIsKey ? "true" : "false"},
                         {"discriminator", cppType(*type.discriminator)},
-                        {"visits", caseVisits(type)}});
+                        {"visits", caseVisits(type, rules)}});
 }
 
-std::string fieldsOf(const NamedType& type)
+std::string fieldsOf(const NamedType& type, const EncodingRules& rules)
 {
     const auto* const structure = as<StructType>(type);
     if (structure == nullptr) {
-        return unionFields(*as<UnionType>(type));
+        return unionFields(*as<UnionType>(type), rules);
     }
     std::vector<Access> members;
     for (const auto& [member, name] : namedMembers(*structure)) {
         members.push_back({member, name});
     }
-    return structFields(cppType(type), structure->extensibility, members);
+    return structFields(cppType(type), structure->extensibility, members, rules);
 }
 
 } // namespace
@@ -271,7 +281,7 @@ std::string fieldsText(const Plan& plan)
     std::string text;
     for (const NamedType* const type : plan.encoded) {
         headers.add("<" + valuesHeader(*type->module) + ">");
-        text += fieldsOf(*type);
+        text += fieldsOf(*type, plan.rules);
     }
     return filledBlock(R"(
 // SPDX-License-Identifier: Apache-2.0
@@ -293,7 +303,7 @@ std::string topicFieldsText(const TopicPlan& topic)
     std::ranges::transform(topic.members, members.begin(),
                            [](const MemberPlan& plan) { return Access{plan.member, plan.name + "()"}; });
     return structFields("generated::dds_::" + topic.scope + "::" + topic.name, topic.type->extensibility,
-                        members);
+                        members, topic.rules);
 }
 
 } // namespace ovra::plex::idl

@@ -19,11 +19,25 @@ const std::map<std::string, TopicSelection> selections{{"auto", TopicSelection::
                                                        {"annotated", TopicSelection::Annotated},
                                                        {"all", TopicSelection::All}};
 
+const std::map<std::string, bool> delimiters{{"none", false}, {"standard", true}};
+
+const std::map<std::string, XcdrVersion> keyVersions{{"xcdr1", XcdrVersion::Xcdr1},
+                                                     {"xcdr2", XcdrVersion::Xcdr2}};
+
 /// Options that are words, before they are looked up.
 struct Words {
     std::string extensibility = "appendable";
     std::string topics = "auto";
+    std::string enumDelimiters;
+    std::string keyHash;
 };
+
+/// Nothing where nothing was chosen.
+template <class T>
+std::optional<T> chosen(const std::map<std::string, T>& words, const std::string& word)
+{
+    return word.empty() ? std::nullopt : std::optional(words.at(word));
+}
 
 void addReading(CLI::App& app, Arguments& arguments, Words& words)
 {
@@ -62,6 +76,22 @@ void addWriting(CLI::App& app, Arguments& arguments)
         ->type_name("FILE");
 }
 
+void addEncoding(CLI::App& app, Words& words)
+{
+    app.add_option(
+           "--enum-delimiters", words.enumDelimiters,
+           "What stands before sequences and arrays of enums and bitmasks in XCDR version 2: none, as with "
+           "Fast CDR, or standard, a delimiter; without this option none, with a warning")
+        ->check(CLI::IsMember(delimiters))
+        ->type_name("WORD");
+    app.add_option("--key-hash", words.keyHash,
+                   "What key hashes are made of: xcdr1, as with generators for Fast DDS 2, or xcdr2, as with "
+                   "those for "
+                   "Fast DDS 3; without this option xcdr1, with a warning where that makes a difference")
+        ->check(CLI::IsMember(keyVersions))
+        ->type_name("WORD");
+}
+
 void addActions(CLI::App& app, Arguments& arguments, Words& words)
 {
     app.add_option(
@@ -91,11 +121,14 @@ std::optional<Arguments> readArguments(int argc, const char* const* argv, int& e
     app.set_version_flag("--version", "plex-idl " PLEX_VERSION);
     addReading(app, arguments, words);
     addWriting(app, arguments);
+    addEncoding(app, words);
     addActions(app, arguments, words);
     try {
         app.parse(argc, argv);
         arguments.parsing.extensibility = extensibilities.at(words.extensibility);
         arguments.generation.topics = selections.at(words.topics);
+        arguments.generation.delimitsEnumerations = chosen(delimiters, words.enumDelimiters);
+        arguments.generation.keyVersion = chosen(keyVersions, words.keyHash);
         return arguments;
     } catch (const CLI::ParseError& error) {
         exitCode = app.exit(error) == 0 ? 0 : 1;

@@ -44,7 +44,7 @@ const std::unordered_map<std::string_view, std::uint32_t>& known()
         {"key", among({Member, Case, Discriminator})},
         {"must_understand", among({Member, Case, Discriminator})},
         {"external", among({Member, Case, Element})},
-        {"try_construct", among({Member, Case, Discriminator, Element})},
+        {"try_construct", members},
         {"default", members},
         {"default_literal", among({Enumerator})},
         {"value", among({Enumerator})},

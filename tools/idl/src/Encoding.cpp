@@ -49,6 +49,16 @@ bool delimitsListOf(const Type& declared, bool delimitsEnumerations)
     return widthOf(element) == 0;
 }
 
+bool isListOfEnumerations(const Type& type)
+{
+    const auto* const array = as<ArrayType>(type);
+    const auto* const sequence = as<SequenceType>(type);
+    const Type* const element = array != nullptr      ? ArrayShape(*array).element
+                                : sequence != nullptr ? &resolved(*sequence->element)
+                                                      : nullptr;
+    return element != nullptr && (element->kind == TypeKind::Enum || element->kind == TypeKind::Bitmask);
+}
+
 LargestSize LargestSize::of(std::uint64_t bytes, bool isBounded)
 {
     return bytes <= mostBounded && isBounded

@@ -93,6 +93,8 @@ struct Encoding {
 /// mutable value lacks are left out, and members that it has beyond those of the type are skipped unless they
 /// must be understood. Text without a terminating NUL is refused, a text of length 0 is empty.
 ///
+/// Values that do not fit their types are refused, whatever @try_construct says of them.
+///
 /// Allocates at most in proportion to the payload: 1 MB for 20 bytes.
 Datum decode(const Type& type, std::span<const std::uint8_t> payload, const CodecOptions& options = {});
 

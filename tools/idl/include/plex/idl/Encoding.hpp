@@ -12,6 +12,15 @@ namespace ovra::plex::idl
 
 enum class XcdrVersion : std::uint8_t { Xcdr1, Xcdr2 };
 
+/// Where implementations of the standard differ.
+struct EncodingRules {
+    /// In XCDR version 2 a delimiter header stands before sequences and arrays of enums and bitmasks, as the
+    /// standard has it. Fast CDR has none.
+    bool delimitsEnumerations = false;
+    /// Of what key hashes are made of. Generators for Fast DDS 2 take version 1, those for Fast DDS 3 take 2.
+    XcdrVersion keyVersion = XcdrVersion::Xcdr1;
+};
+
 /// An array of arrays is one with the dimensions of all of them.
 struct ArrayShape {
     explicit ArrayShape(const ArrayType& type);
@@ -27,6 +36,9 @@ std::uint32_t widthOf(const Type& type);
 /// Whether a delimiter header stands before a list of such elements in XCDR version 2.
 /// @param delimitsEnumerations whether it does so before enums and bitmasks.
 bool delimitsListOf(const Type& element, bool delimitsEnumerations);
+
+/// A sequence or array of enums or bitmasks, arrays of arrays looked through; aliases are not.
+bool isListOfEnumerations(const Type& type);
 
 /// How many bytes something takes at most. Where that is not bounded, or too much to be set aside, it is what
 /// room is made for at first.

@@ -4,9 +4,11 @@
 #pragma once
 
 #include <plex/idl/Diagnostics.hpp>
+#include <plex/idl/Encoding.hpp>
 #include <plex/idl/Model.hpp>
 #include <plex/idl/Topics.hpp>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,10 @@ struct GenerateOptions {
     std::string typeName = "generated::dds_::{module}::{type}";
     /// Over how many source files, which include the others, what is compiled is spread; at least 1.
     unsigned shards = 1;
+    /// See EncodingRules; nothing: false, with a warning where it makes a difference.
+    std::optional<bool> delimitsEnumerations;
+    /// See EncodingRules; nothing: version 1, with a warning where it makes a difference.
+    std::optional<XcdrVersion> keyVersion;
 };
 
 struct GeneratedFile {
