@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/Plex.hpp>
+#include <plex/module/TypeDescription.hpp>
 #include <vexstubif/AltAz.hpp>
 #include <vexstubif/DomeTemperature.hpp>
 
@@ -17,6 +18,9 @@
 /// 4. Exceptions pass to the caller: PlexException for bad arguments and failures of DDS,
 ///    std::runtime_error when memory for a value cannot be had. Nothing is left behind then.
 /// 5. They may be called from several threads at once.
+///
+/// A description is what tools need to handle values of a type that they do not know; it is the library's,
+/// and never null.
 extern "C" {
 
 PLEX_EXPORT ovra::plex::ps::Publisher<vexstubif::AltAz>*
@@ -34,6 +38,8 @@ PLEX_EXPORT ovra::plex::ps::MrvSubscriber<vexstubif::AltAz>* generated_dds_MrvSu
     const ovra::plex::ps::qos::QoSList& qos, const ovra::plex::Plex::Properties& properties);
 
 PLEX_EXPORT vexstubif::AltAz* generated_dds_DataEntity_vexstubif_AltAz();
+
+PLEX_EXPORT const ovra::plex::ps::TypeDescription* generated_dds_Description_vexstubif_AltAz();
 
 PLEX_EXPORT ovra::plex::ps::Publisher<vexstubif::DomeTemperature>*
 generated_dds_Publisher_vexstubif_DomeTemperature(const std::shared_ptr<ovra::plex::Plex>& plex,
@@ -54,5 +60,7 @@ generated_dds_MrvSubscriber_vexstubif_DomeTemperature(const std::shared_ptr<ovra
                                                       const ovra::plex::Plex::Properties& properties);
 
 PLEX_EXPORT vexstubif::DomeTemperature* generated_dds_DataEntity_vexstubif_DomeTemperature();
+
+PLEX_EXPORT const ovra::plex::ps::TypeDescription* generated_dds_Description_vexstubif_DomeTemperature();
 
 } // extern "C"

@@ -280,6 +280,35 @@ TEST(GeneratedFactories, CarryAllModulesInTheirSymbols)
     EXPECT_THAT(generated("dds/b/TFactories.cpp", definition), HasSubstr("generated_dds_Publisher_a_b_T("));
 }
 
+TEST(GeneratedDescription, SaysWhatTheTypeIs)
+{
+    EXPECT_EQ(
+        generated(
+            "dds/b/TDescription.cpp",
+            "module a { module b { @final struct P { @unit(\"\\\"\") long l; }; struct T { P p; }; }; };"),
+        R"(// SPDX-License-Identifier: Apache-2.0
+#include "Factories.hpp"
+
+const ovra::plex::ps::TypeDescription* generated_dds_Description_a_b_T()
+{
+    static constexpr const char* definition =
+        "module a {\n"
+        "module b {\n"
+        "@final struct P {\n"
+        "    @id(0) @unit(\"\\\"\") int32 l;\n"
+        "};\n"
+        "@appendable struct T {\n"
+        "    @id(0) ::a::b::P p;\n"
+        "};\n"
+        "};\n"
+        "};\n";
+    static constexpr ovra::plex::ps::TypeDescription description{
+        1, "generated::dds_::a::b::T", "a::b", "a::b::T", definition, 9435542879414365004U, false, 1};
+    return &description;
+}
+)");
+}
+
 TEST(GeneratedShards, HoldEachTopicOnce)
 {
     GenerateOptions options;

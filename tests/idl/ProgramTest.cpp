@@ -186,7 +186,8 @@ TEST_F(Program, WritesTheSourceFilesOfATopic)
     EXPECT_EQ(outcome.output + outcome.errors, "");
     EXPECT_EQ(filesIn(output),
               (std::vector<std::string>{"dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp",
-                                        "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/AFactories.cpp", "dds/APubSubType.cpp", "dds/APubSubType.hpp",
+                                        "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/ADescription.cpp",
+                                        "dds/AFactories.cpp", "dds/APubSubType.cpp", "dds/APubSubType.hpp",
                                         "dds/Factories.hpp", "dds/shard0.cpp", "include/m/A.hpp",
                                         "include/m/Values.hpp", "src/A.cpp", "src/shard0.cpp"}));
 }

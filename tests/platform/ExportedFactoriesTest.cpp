@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace plex::test
@@ -67,6 +68,19 @@ TEST(ExportedFactory, RefusesAnInstanceThatIsNotItsTransports)
                       "The middleware instance given to a factory of the DDS transport is not its own");
         }
     }
+}
+
+TEST(ExportedDescription, NamesTheTypeInDdsAndInItsDefinition)
+{
+    const ovra::plex::ps::TypeDescription& description = *generated_dds_Description_vexstubif_AltAz();
+    EXPECT_EQ(description.version, 1U);
+    EXPECT_STREQ(description.ddsName, "generated::dds_::vexstubif::AltAz");
+    EXPECT_STREQ(description.module, "vexstubif");
+    EXPECT_STREQ(description.name, "vexstubif::AltAz");
+    EXPECT_NE(std::string_view(description.definition).find("struct AltAz {\n    @id(0) double alt;\n"),
+              std::string_view::npos);
+    EXPECT_NE(description.definitionHash,
+              generated_dds_Description_vexstubif_DomeTemperature()->definitionHash);
 }
 
 } // namespace plex::test

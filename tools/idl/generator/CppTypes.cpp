@@ -207,6 +207,8 @@ std::string quoted(std::string_view text)
         const auto code = static_cast<unsigned char>(c);
         if (c == '"' || c == '\\') {
             result += {'\\', c};
+        } else if (c == '\n') {
+            result += "\\n";
         } else if (code >= ' ' && code != 0x7F) {
             result += c;
         } else {

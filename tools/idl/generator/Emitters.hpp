@@ -27,5 +27,6 @@ std::string adapterSource(const TopicPlan& topic);
 std::string
 factoriesHeader(const std::vector<TopicPlan>& topics); ///< what the library exports for all topics
 std::string factoriesSource(const TopicPlan& topic);
+std::string descriptionSource(const TopicPlan& topic); ///< what it says of its type
 
 } // namespace ovra::plex::idl

@@ -32,6 +32,8 @@ generated_dds_MrvSubscriber_@symbol@(const std::shared_ptr<ovra::plex::Plex>& pl
 
 PLEX_EXPORT @scope@::@Type@* generated_dds_DataEntity_@symbol@();
 
+PLEX_EXPORT const ovra::plex::ps::TypeDescription* generated_dds_Description_@symbol@();
+
 )",
                             {{"scope", topic.scope}, {"Type", topic.name}, {"symbol", topic.symbol}});
     }
@@ -42,7 +44,7 @@ PLEX_EXPORT @scope@::@Type@* generated_dds_DataEntity_@symbol@();
 
 std::string factoriesHeader(const std::vector<TopicPlan>& topics)
 {
-    Headers headers{"<plex/Plex.hpp>", "<memory>"};
+    Headers headers{"<plex/Plex.hpp>", "<plex/module/TypeDescription.hpp>", "<memory>"};
     for (const TopicPlan& topic : topics) {
         headers.add("<" + topic.header + ">");
     }
@@ -61,6 +63,9 @@ std::string factoriesHeader(const std::vector<TopicPlan>& topics)
 /// 4. Exceptions pass to the caller: PlexException for bad arguments and failures of DDS,
 ///    std::runtime_error when memory for a value cannot be had. Nothing is left behind then.
 /// 5. They may be called from several threads at once.
+///
+/// A description is what tools need to handle values of a type that they do not know; it is the library's, and
+/// never null.
 extern "C" {
 
 @declarations@} // extern "C"

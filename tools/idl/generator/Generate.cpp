@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Emitters.hpp"
+#include "Hash.hpp"
 #include "Values.hpp"
 
 #include <plex/idl/Generate.hpp>
@@ -30,6 +31,7 @@ void addTopic(Files& files, const TopicPlan& topic)
     files.push_back({dds + "Adapter.hpp", adapterHeader(topic)});
     files.push_back({dds + "Adapter.cpp", adapterSource(topic)});
     files.push_back({dds + "Factories.cpp", factoriesSource(topic)});
+    files.push_back({dds + "Description.cpp", descriptionSource(topic)});
 }
 
 /// One header for the topics of each module.
@@ -44,17 +46,14 @@ void addFactoriesHeaders(Files& files, const std::vector<TopicPlan>& topics)
     }
 }
 
-/// A number that changes with the text of files (FNV-1a).
+/// A number that changes with the text of files.
 std::uint64_t checksumOf(const Files& files)
 {
-    constexpr std::uint64_t prime = 0x100000001B3;
-    std::uint64_t sum = 0xCBF29CE484222325;
+    std::string all;
     for (const GeneratedFile& file : files) {
-        for (const char c : file.path + file.text) {
-            sum = (sum ^ static_cast<unsigned char>(c)) * prime;
-        }
+        all += file.path + file.text;
     }
-    return sum;
+    return hashOf(all);
 }
 
 /// @param checksum makes the file change with those that it includes: build systems know of this one only.
@@ -77,7 +76,7 @@ void addShards(Files& files, const std::vector<TopicPlan>& topics, unsigned coun
     std::vector<std::string> values;
     for (std::size_t i = 0; i < topics.size(); ++i) {
         const std::string stem = topics[i].folder + topics[i].name;
-        for (const char* const part : {"", "Cdr", "PubSubType", "Adapter", "Factories"}) {
+        for (const char* const part : {"", "Cdr", "PubSubType", "Adapter", "Factories", "Description"}) {
             shards[i % shards.size()].push_back(stem + part + ".cpp");
         }
         values.push_back(stem + ".cpp");

@@ -5,6 +5,8 @@
 #include "Refusals.hpp"
 #include "Warnings.hpp"
 
+#include <plex/idl/Definition.hpp>
+
 #include <algorithm>
 #include <iterator>
 #include <unordered_set>
@@ -75,7 +77,7 @@ EncodingRules rulesOf(const GenerateOptions& options)
     return {options.delimitsEnumerations.value_or(false), options.keyVersion.value_or(XcdrVersion::Xcdr1)};
 }
 
-TopicPlan planOfTopic(const StructType& type, const GenerateOptions& options)
+TopicPlan planOfTopic(const Model& model, const StructType& type, const GenerateOptions& options)
 {
     TopicPlan topic;
     topic.type = &type;
@@ -85,6 +87,7 @@ TopicPlan planOfTopic(const StructType& type, const GenerateOptions& options)
     topic.folder = folderOf(type);
     topic.header = modulePath(*type.module).front() + "/" + topic.folder + topic.name + ".hpp";
     topic.ddsName = ddsNameOf(type, options.typeName);
+    topic.definition = definitionOf(model, {&type});
     topic.rules = rulesOf(options);
     for (const Member* const member : allMembers(type)) {
         topic.members.push_back(planOfMember(*member));
@@ -172,7 +175,7 @@ Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& dia
     }
     for (const StructType* const type : topics(model, options.topics)) {
         if (refusals.acceptTopic(*type)) {
-            plan.topics.push_back(planOfTopic(*type, options));
+            plan.topics.push_back(planOfTopic(model, *type, options));
         }
     }
     if (plan.topics.empty() && diagnostics.errors() == 0) {

@@ -35,6 +35,7 @@ struct TopicPlan {
     std::string header;     ///< of its abstract class: "dome/Shutter.hpp"
     std::string folder;     ///< below dds/, of what binds it to DDS: "" or "inner/"
     std::string ddsName;    ///< of its type in DDS
+    std::string definition; ///< of its type and all that it is made of
     EncodingRules rules;
     std::vector<MemberPlan> members;
 

@@ -4,6 +4,7 @@
 
 #include <plex/idl/Model.hpp>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -38,7 +39,7 @@ std::string floatingText(double value)
     return text;
 }
 
-/// A character as an escape where it can not stand for itself.
+/// A byte as an escape where it can not stand for itself.
 void appendQuoted(std::string& text, char c, char mark)
 {
     constexpr std::string_view digits = "01234567";
@@ -46,7 +47,7 @@ void appendQuoted(std::string& text, char c, char mark)
     if (c == mark || c == '\\') {
         text += '\\';
         text += c;
-    } else if (byte >= ' ' && byte != 0x7F) {
+    } else if (byte >= ' ' && byte < 0x7F) {
         text += c;
     } else {
         text += '\\';
@@ -59,8 +60,14 @@ void appendQuoted(std::string& text, char c, char mark)
 std::string quotedText(std::string_view value, char mark)
 {
     std::string text(1, mark);
-    for (const char c : value) {
-        appendQuoted(text, c, mark);
+    while (!value.empty()) {
+        const std::size_t size = characterSize(value);
+        if (size > 1) {
+            text += value.substr(0, size);
+        } else {
+            appendQuoted(text, value[0], mark);
+        }
+        value.remove_prefix(std::max<std::size_t>(size, 1));
     }
     return text + mark;
 }
