@@ -411,6 +411,16 @@ TEST(Refusals, AreOfTopicsThatNoClassCanBeMadeFor)
                 ElementsAre("1:19: a topic can not be called \"clone\""));
 }
 
+TEST(Refusals, AreOfTopicsOfTwoModules)
+{
+    EXPECT_THAT(
+        refusals("module a { struct S { long l; }; module b { struct T { long l; }; }; };"),
+        ElementsAre("1:52: \"a::b::T\" and \"a::S\" are topics of two modules, \"a::b\" and \"a\", and each "
+                    "module has a library of its own"));
+    EXPECT_THAT(warnings("module a { struct S { long l; }; module b { struct T { S s; }; }; };"),
+                ElementsAre());
+}
+
 TEST(Warnings, AreOfTryConstructWhichHasNoEffect)
 {
     EXPECT_THAT(
@@ -422,6 +432,18 @@ TEST(Warnings, AreOfTryConstructWhichHasNoEffect)
             "union U switch (@try_construct(TRIM) long) { case 1: sequence<@try_construct string> s; };"),
         ElementsAre("1:17: @try_construct has no effect on a discriminator",
                     "1:63: @try_construct has no effect on an element"));
+}
+
+TEST(Refusals, AreOfOptionalPartsOfKeys)
+{
+    const std::string part =
+        "module m { struct P { @optional long o; long l; }; struct Q { @key long k; @optional "
+        "long o; };\n";
+    EXPECT_THAT(refusals(part + "@topic struct T { @key sequence<P> p; @key Q q; }; };"),
+                ElementsAre("2:36: \"p\" can not be a key: \"o\" of \"m::P\" is optional"));
+    EXPECT_THAT(
+        warnings("module m { struct Q { @key long k; @optional long o; }; @topic struct T { @key Q q; }; };"),
+        ElementsAre());
 }
 
 TEST(Refusals, AreOfTwoMembersWithOneAccessor)

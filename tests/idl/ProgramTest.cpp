@@ -93,6 +93,26 @@ TEST_F(Program, SaysNothingOfWhatIsRight)
     EXPECT_EQ(outcome.output + outcome.errors, "");
 }
 
+TEST_F(Program, HasNothingAgainstFilesWithoutTopicsUnlessItIsToGenerate)
+{
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"", "define a struct: it is a topic where nothing contains it"},
+        {"module m { const long C = 1; enum E { A }; };",
+         "define a struct: it is a topic where nothing contains it"},
+        {"module m { @nested struct S { long l; }; };",
+         "annotate a struct with @topic; --list says why one is none"}};
+    for (const auto& [text, hint] : cases) {
+        const std::string file = write("a.idl", text);
+        const Outcome check = plexIdl({file, "--check", "-Werror"});
+        EXPECT_EQ(check.exitCode, 0) << text;
+        EXPECT_EQ(check.output + check.errors, "");
+        const Outcome outcome = plexIdl({file, "-o", work() / "output"});
+        EXPECT_EQ(outcome.exitCode, 1) << text;
+        EXPECT_EQ(outcome.errors, file + ": error: there is no topic\nhint: " + hint + "\n");
+        EXPECT_FALSE(fs::exists(work() / "output"));
+    }
+}
+
 TEST_F(Program, WarnsOfEncodingsThatDifferUnlessOneIsChosen)
 {
     const std::string file = write(

@@ -133,6 +133,21 @@ std::vector<const NamedType*> encodedIn(const Model& model, const std::vector<To
     return result;
 }
 
+/// A library is looked for by the module of its topics.
+void requireOneModule(const Plan& plan, Refusals& refusals)
+{
+    if (plan.topics.empty()) {
+        refusals.refuseToDoNothing();
+    }
+    for (const TopicPlan& topic : plan.topics) {
+        const StructType& first = *plan.topics.front().type;
+        if (topic.type->module != first.module) {
+            refusals.refuseTwoModules(*topic.type, first);
+            return;
+        }
+    }
+}
+
 } // namespace
 
 std::vector<const MemberPlan*> TopicPlan::keys() const
@@ -178,8 +193,8 @@ Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& dia
             plan.topics.push_back(planOfTopic(model, *type, options));
         }
     }
-    if (plan.topics.empty() && diagnostics.errors() == 0) {
-        refusals.refuseToDoNothing();
+    if (!options.definitionsOnly && diagnostics.errors() == 0) {
+        requireOneModule(plan, refusals);
     }
     std::ranges::copy_if(model.constants, std::back_inserter(plan.constants),
                          [](const Constant* constant) { return !constant->included; });

@@ -78,13 +78,29 @@ void Refusals::refuse(const Location& place, const std::string& message, const s
 
 void Refusals::refuseToDoNothing()
 {
+    const auto isStruct = [](const NamedType* type) {
+        return type->kind == TypeKind::Struct && !type->included;
+    };
     diagnostics_.add({Severity::Error,
                       model_.files.front().path,
                       0,
                       0,
                       "there is no topic",
-                      "annotate a struct with @topic; --list says why one is none",
+                      std::ranges::any_of(model_.types, isStruct)
+                          ? "annotate a struct with @topic; --list says why one is none"
+                          : "define a struct: it is a topic where nothing contains it",
                       {}});
+}
+
+void Refusals::refuseTwoModules(const StructType& topic, const StructType& other)
+{
+    refuse(topic.location,
+           "\"" + topic.scopedName + "\" and \"" + other.scopedName + "\" are topics of two modules, \"" +
+               topic.module->scopedName + "\" and \"" + other.module->scopedName +
+               "\", and each module has a library of its own",
+           "put the topics of each module into files of their own, one plex_add_module() for each; or "
+           "annotate those "
+           "that are meant with @topic");
 }
 
 void Refusals::checkPlace(const NamedType& type)
@@ -137,6 +153,28 @@ void Refusals::checkRecursion(const NamedType& type)
     }
 }
 
+/// @param key the member of the topic in which the type is met.
+void Refusals::checkKey(const Type& declared, const Member& key)
+{
+    const Type& type = resolved(declared);
+    if (const auto* const sequence = as<SequenceType>(type)) {
+        checkKey(*sequence->element, key);
+    } else if (const auto* const array = as<ArrayType>(type)) {
+        checkKey(*array->element, key);
+    } else if (const auto* const structure = as<StructType>(type)) {
+        for (const Member* const member : allMembers(*structure)) {
+            if (member->optional && !structure->hasKey) {
+                refuse(key.location,
+                       "\"" + key.name + "\" can not be a key: \"" + member->name + "\" of \"" +
+                           structure->scopedName + "\" is optional",
+                       "annotate with @key which members of \"" + structure->scopedName + "\" are the key");
+            } else if (member->key || !structure->hasKey) {
+                checkKey(*member->type, key);
+            }
+        }
+    }
+}
+
 bool Refusals::accept(const NamedType& type)
 {
     const std::size_t before = diagnostics_.errors();
@@ -164,6 +202,11 @@ bool Refusals::acceptTopic(const StructType& topic)
                "the generated class has something of that name");
     }
     checkAccessors(topic);
+    for (const Member* const member : allMembers(topic)) {
+        if (member->key) {
+            checkKey(*member->type, *member);
+        }
+    }
     return diagnostics_.errors() == before;
 }
 

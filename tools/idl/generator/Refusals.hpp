@@ -25,10 +25,14 @@ public:
     /// Says that there is no topic.
     void refuseToDoNothing();
 
+    /// Says that there are topics of two modules.
+    void refuseTwoModules(const StructType& topic, const StructType& other);
+
 private:
     void refuse(const Location& place, const std::string& message, const std::string& hint);
     void checkPlace(const NamedType& type);
     void checkAccessors(const StructType& topic);
+    void checkKey(const Type& declared, const Member& key);
     void checkUnion(const UnionType& type);
     void checkType(const Type& type, const Location& place);
     void checkRecursion(const NamedType& type);

@@ -76,7 +76,9 @@ void writeDependencies(const Arguments& arguments, const Generation& generation,
 /// @returns whether it went well.
 bool write(const Arguments& arguments, const Model& model)
 {
-    const Generation generation = generate(model, arguments.generation);
+    GenerateOptions options = arguments.generation;
+    options.definitionsOnly = arguments.check;
+    const Generation generation = generate(model, options);
     if (!report(generation.diagnostics, arguments)) {
         return false;
     }
