@@ -3,7 +3,7 @@
 #
 # plex_add_module(NAME IDL FILE… [INCLUDE DIRECTORY…] [DEFINE NAME[=VALUE]…] [MODULES NAME…]
 #                 [EXTENSIBILITY final|appendable|mutable] [TOPICS auto|annotated|all] [TYPE_NAME PATTERN]
-#                 [SHARDS N] [OUTPUT_DIRECTORY DIRECTORY])
+#                 [ENUM_DELIMITERS none|standard] [KEY_HASH xcdr1|xcdr2] [SHARDS N] [OUTPUT_DIRECTORY DIRECTORY])
 #
 # makes two libraries: plex::icd-NAME, the value types (C++17), which applications link, and plex::dds-NAME, their binding
 # to DDS, which the transport opens by its name. NAME is the module's, a_b for a::b. MODULES are those whose definitions
@@ -20,7 +20,8 @@ cmake_policy(VERSION 3.25)
 include(GNUInstallDirs)
 
 function(plex_add_module name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXTENSIBILITY;TOPICS;TYPE_NAME;SHARDS;OUTPUT_DIRECTORY"
+    cmake_parse_arguments(PARSE_ARGV 1 arg ""
+                          "EXTENSIBILITY;TOPICS;TYPE_NAME;ENUM_DELIMITERS;KEY_HASH;SHARDS;OUTPUT_DIRECTORY"
                           "IDL;INCLUDE;DEFINE;MODULES")
     if(NOT arg_IDL OR arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "plex_add_module(${name}): IDL must name files, and \"${arg_UNPARSED_ARGUMENTS}\" is nothing "
@@ -58,7 +59,7 @@ function(plex_add_module name)
     foreach(definition IN LISTS arg_DEFINE)
         list(APPEND options -D ${definition})
     endforeach()
-    foreach(option IN ITEMS extensibility topics type-name)
+    foreach(option IN ITEMS extensibility topics type-name enum-delimiters key-hash)
         string(TOUPPER ${option} argument)
         string(REPLACE "-" "_" argument ${argument})
         if(arg_${argument})
