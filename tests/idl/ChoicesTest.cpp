@@ -4,6 +4,7 @@
 #include "Codec.hpp"
 
 #include <array>
+#include <dds/AlignedPubSubType.hpp>
 #include <dds/KeyedByListsPubSubType.hpp>
 #include <dds/KeyedPubSubType.hpp>
 #include <dds/ListsPubSubType.hpp>
@@ -20,6 +21,8 @@ namespace wire = generated::dds_::choices;
 using choices::Alarms;
 using choices::Door;
 using eprosima::fastdds::dds::XCDR2_DATA_REPRESENTATION;
+using eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION;
+using ovra::plex::fastdds::DataRepresentationId;
 
 constexpr CodecOptions delimiting{.delimitsEnumerations = true};
 
@@ -30,12 +33,13 @@ const Type& typeOf(const char* name)
 }
 
 template <class TopicType>
-Payload encoded(typename TopicType::type value)
+Payload encoded(typename TopicType::type value,
+                DataRepresentationId representation = XCDR2_DATA_REPRESENTATION)
 {
     TopicType type;
     ovra::plex::fastdds::SerializedPayload_t payload(
-        type.getSerializedSizeProvider(&value, XCDR2_DATA_REPRESENTATION)());
-    EXPECT_TRUE(type.serialize(&value, &payload, XCDR2_DATA_REPRESENTATION));
+        type.getSerializedSizeProvider(&value, representation)());
+    EXPECT_TRUE(type.serialize(&value, &payload, representation));
     EXPECT_EQ(payload.length, payload.max_size);
     return {payload.data, payload.data + payload.length};
 }
@@ -105,6 +109,28 @@ TEST(Choices, DelimitListsThatHaveHeaders)
         loose, "Loose",
         payloadOf(10, "0000001b 50000001 00000008 00000001 00000001 50000002 00000003 01 02 01",
                   std::endian::little));
+}
+
+/// In version 1 alignment counts from the last member with a header on, as in Fast CDR; one that is absent
+/// has a header, too.
+TEST(Choices, AlignBehindHeadersAsFastCdrDoes)
+{
+    const std::string note = "00140009 00000005 6e6f7465 00 00 00 00 000a0002 0003 0000 3f020000 ";
+    const std::string angle = "3ff8000000000000 ";
+    const std::string other = "4004000000000000";
+    for (const std::string tag : {"00020000 ", "00020001 07 00 00 00 00 00 00 00 "}) {
+        const Payload payload = payloadOf(0, note + angle + tag + other);
+        const auto value = decoded<wire::AlignedPubSubType>(payload);
+        EXPECT_EQ(value.note().text, "note");
+        EXPECT_EQ(value.angle(), 1.5);
+        EXPECT_EQ(value.tag().has_value(), tag.size() > 10);
+        EXPECT_EQ(value.other(), 2.5);
+        const Type& type = typeOf("Aligned");
+        const Datum datum = decode(type, payload);
+        EXPECT_EQ(hexOf(encode(type, datum, {XcdrVersion::Xcdr1, std::endian::big, false})), hexOf(payload));
+        EXPECT_EQ(hexOf(encoded<wire::AlignedPubSubType>(value, XCDR_DATA_REPRESENTATION)),
+                  hexOf(encode(type, datum, {XcdrVersion::Xcdr1, std::endian::native, false})));
+    }
 }
 
 TEST(Choices, HashKeysOfVersion2)
