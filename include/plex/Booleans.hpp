@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace ovra::plex
@@ -66,8 +68,13 @@ public:
     void clear() noexcept { size_ = 0; }
 
     /// Keeps what is there; what is new is false.
+    /// @throws std::bad_alloc when there is no memory for so many; nothing has changed then.
     void resize(std::size_t size)
     {
+        // No array is longer. Compilers that can tell warn of what would happen to one.
+        if (size > PTRDIFF_MAX) {
+            throw std::bad_array_new_length();
+        }
         if (size > capacity_) {
             reserve(size);
         }

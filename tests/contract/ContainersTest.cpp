@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
+#include <new>
 #include <type_traits>
 #include <vector>
 
@@ -67,6 +69,13 @@ TEST(Booleans, AreFalseWhereTheyAreNew)
     flags.clear();
     EXPECT_TRUE(flags.empty());
     EXPECT_EQ(Booleans(2), (Booleans{false, false}));
+}
+
+TEST(Booleans, AreNotMoreThanMemoryHolds)
+{
+    Booleans flags{true, false};
+    EXPECT_THROW(flags.resize(SIZE_MAX), std::bad_alloc);
+    EXPECT_EQ(flags, (Booleans{true, false}));
 }
 
 TEST(Booleans, AreValues)
