@@ -130,6 +130,28 @@ TEXT
     [ -e "$work/tidy" ] || fail 'it had no time to tidy up'
 }
 
+DemoBuildsWhatItShows() {
+    mkdir -p -- "$project/examples" "$project/build/default/bin"
+    cp -- "$original/examples/run-demo" "$project/examples"
+    stand_in cmake <<<"echo \"\$*\" >>'$work/asked'"
+    stand_in c++ <<<'echo 14'
+    stand_in program <<<"echo \"\${0##*/} \${@: -1}\" >>'$work/ran'; [[ \$0 != *\$FAILING* ]]"
+    local program
+    export FAILING=none
+    for program in publisher subscriber shutter-publisher shutter-subscriber; do
+        ln -s "$work/bin/program" "$project/build/default/bin/$program"
+    done
+    export PLEX_ENV=host
+    dev demo --count 3
+    expect '--target examples' "$(grep -o -e '--target .*' "$work/asked")"
+    expect 'publisher 3 subscriber 3 ' "$(sort "$work/ran" | tr '\n' ' ')"
+    rm -- "$work/asked" "$work/ran"
+    dev demo --module --count 4
+    expect '--target example-module' "$(grep -o -e '--target .*' "$work/asked")"
+    expect 'shutter-publisher 4 shutter-subscriber 4 ' "$(sort "$work/ran" | tr '\n' ' ')"
+    FAILING=subscriber expect_refusal 'values are missing' demo --module
+}
+
 FailureLeavesNoRoot() {
     mkfifo "$gate"
     (: >"$gate") &
