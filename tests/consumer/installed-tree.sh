@@ -4,27 +4,7 @@
 # binding of another module with a program that uses it, and (configured only) the examples.
 set -euo pipefail
 
-project=$1 build=$2
-shift 2
-libraries=$(IFS=: && echo "$*") # directories of those that the project stands on
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-
-fail() {
-    printf '%s\n' "$*" >&2
-    exit 1
-}
-
-# configure PROJECT: makes its build directory.
-configure() {
-    CMAKE_PREFIX_PATH=$work/moved${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH} \
-        cmake -S "$work/$1" -B "$work/$1/build" -G Ninja >"$work/log" || fail "$(cat "$work/log")"
-}
-
-build() {
-    configure "$1"
-    cmake --build "$work/$1/build" >"$work/log" || fail "$(cat "$work/log")"
-}
+. "$(dirname -- "${BASH_SOURCE[0]}")/installed.sh" # sets `project`, `libraries`, `work`
 
 # expect OUTPUT PROGRAM [ARG…]. The tree names no directory, so those that are not the system's are said at run time.
 expect() {
@@ -34,8 +14,6 @@ expect() {
     [ "$output" = "$expected" ] || fail "unexpected output of ${1##*/}: $output"
 }
 
-cmake --install "$build" --prefix "$work/installed" >/dev/null
-mv "$work/installed" "$work/moved"
 if grep -rIlE -e "$work/installed" -e "$project" -e '[";]/[^";]+\.(so|a)[";]' "$work/moved"; then
     fail 'the files above hold an absolute path'
 fi
@@ -45,9 +23,11 @@ cp -r "$project/docs/snippets/first-program" "$project/docs/snippets/module" "$p
 cp "$project/examples/first-program.cpp" "$work/first-program"
 cp -r "$project/tests/support/keyed" "$project/examples/instances.cpp" "$work/module"
 
+configure first-program
 build first-program
 expect 'altitude 45' "$work/first-program/build/first-program"
 
+configure module
 build module
 expect 'channel 2 had 0.5
 channel 2 had 1.5
