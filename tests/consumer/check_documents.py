@@ -13,6 +13,7 @@ block says of which, or of which piece of it:
 
 A piece stands in its file between "// [publish]" and "// [/publish]" (behind "#" in CMake). Every piece of
 docs/snippets/ is shown somewhere. An XML block names a file only and is some of its lines, one after the other.
+An IDL block with such a line is checked likewise; one without may show what is no definition of ours.
 
 Of shell blocks, every command must exist, and every command of ./dev. Links must lead somewhere, and paths of the
 project and headers that stand in backticks must exist.
@@ -154,7 +155,7 @@ class Checker:
             text = document.read_text(encoding="utf-8")
             lines = text.splitlines()
             for block in reversed(blocks_of(text)[0]):
-                cut = self.cut(block) if block.mark and block.language in CUT - {"xml"} else None
+                cut = self.cut(block) if block.mark and block.language != "xml" else None
                 if cut:
                     indent = re.match(" *", lines[block.line - 1])[0]
                     lines[block.line:block.line + len(block.lines)] = [
@@ -181,7 +182,7 @@ class Checker:
 
     def check_block(self, document, block):
         complaint = None
-        if block.language in CUT:
+        if block.language in CUT or (block.language == "idl" and block.mark):
             complaint = self.check_cut(block)
         elif block.language == SHELL:
             complaint = self.check_shell(block)
@@ -219,9 +220,13 @@ class Checker:
             compiled = self.compiled is None or os.path.realpath(self.root / name) in self.compiled
             return None if compiled else f"{name} is not compiled by this build"
         if language == "cmake":
-            script = self.root / "tests/consumer/installed-tree.sh"
-            used = os.path.dirname(name) in script.read_text(encoding="utf-8")
-            return None if used else f"{name} is built by no test: {script.name} does not name its folder"
+            scripts = self.root.glob("tests/consumer/*.sh")
+            used = any(os.path.dirname(name) in script.read_text(encoding="utf-8") for script in scripts)
+            return None if used else f"{name} is built by no test: none of tests/consumer/*.sh names its folder"
+        if language == "idl":
+            builds = [*self.root.glob("examples/**/CMakeLists.txt"), *self.root.glob("tests/**/CMakeLists.txt")]
+            used = any(os.path.basename(name) in build.read_text(encoding="utf-8") for build in builds)
+            return None if used else f"{name} is part of no module: no CMakeLists.txt names it"
         return None if name.startswith("profiles/") else f"{name} is loaded by no test"
 
     def check_shell(self, block):

@@ -117,8 +117,18 @@ class CheckDocumentsTest(unittest.TestCase):
         self.write("docs/snippets/other/CMakeLists.txt", "project(two)\n")
         self.write("docs/guide.md", "<!-- snippet: docs/snippets/project/CMakeLists.txt -->\n```cmake\nproject(one)\n"
                    "```\n\n<!-- snippet: docs/snippets/other/CMakeLists.txt -->\n```cmake\nproject(two)\n```\n")
-        self.expect("docs/guide.md:7: docs/snippets/other/CMakeLists.txt is built by no test: installed-tree.sh does not "
-                    "name its folder")
+        self.expect("docs/guide.md:7: docs/snippets/other/CMakeLists.txt is built by no test: none of "
+                    "tests/consumer/*.sh names its folder")
+
+    def test_notices_definitions_that_are_shown_otherwise_or_made_into_no_module(self):
+        self.write("docs/snippets/one.idl", "// [one]\nmodule one { };\n// [/one]\n")
+        self.show("module one { };\n", "docs/snippets/one.idl one", "idl", f"\n<!-- snippet: docs/snippets/add.cpp add -->\n"
+                  f"```cpp\n{PIECE}```\n")
+        self.expect("README.md:4: docs/snippets/one.idl is part of no module: no CMakeLists.txt names it")
+        self.write("tests/one/CMakeLists.txt", "plex_add_module(one IDL docs/snippets/one.idl)\n")
+        self.expect()
+        self.write("docs/snippets/one.idl", "// [one]\nmodule two { };\n// [/one]\n")
+        self.expect("README.md:4: differs from docs/snippets/one.idl one")
 
     def test_takes_neighbouring_lines_of_xml(self):
         self.write("docs/a.md", "<!-- snippet: profiles/plex.xml -->\n```xml\n<b>\n  <c/>\n</b>\n```\n")
