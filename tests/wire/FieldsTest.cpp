@@ -563,6 +563,34 @@ TEST(RefusedPayload, SaysWhatIsWrongWithIt)
     EXPECT_EQ(complaintOf(Bytes("\0\0\0\0", 4)), "A union has no discriminator");
 }
 
+/// What is said of a payload with a value of a type in a given encapsulation, big-endian.
+template <class T>
+std::string complaintOf(unsigned char encapsulation, const Bytes& body)
+{
+    Bytes bytes = payload(encapsulation, body);
+    T value;
+    try {
+        decode(bytes, value);
+    } catch (const eprosima::fastcdr::exception::BadParamException& exception) {
+        return exception.what();
+    }
+    return "nothing";
+}
+
+TEST(RefusedPayload, SaysWhatIsWrongWithItsLengthsAndHeaders)
+{
+    EXPECT_EQ(complaintOf<Choice>(0x0A, Bytes("\0\0\0\x10\x40\0\0\0\0\0\0\x08\0\0\0\2\0\0\0\0", 20)),
+              "A value ends before the length in front of it does");
+    EXPECT_EQ(complaintOf<Choice>(0x0A, Bytes("\0\0\0\x13\x20\0\0\0\0\0\0\2\x50\0\0\x14\0\0\0\3", 20) +
+                                            Bytes("ab\0\0\0\0\0\0\0\0", 10)),
+              "The payload goes on behind the value");
+    EXPECT_EQ(complaintOf<Choice>(0x02, Bytes("\x3f\0\0\0", 4)), "A member has an id that is reserved");
+    EXPECT_EQ(complaintOf<Choice>(0x02, Bytes("\x3f\1\0\4\0\0\0\0", 8)),
+              "A long header of a member is not as long as it is");
+    EXPECT_EQ(complaintOf<Maybe>(0x00, Bytes("\1\0\0\0\0\2\0\0\2", 9)),
+              "An optional member has another one's header");
+}
+
 /// What is said of a value of Final.
 template <class Change>
 std::string complaintOfValue(Change change)

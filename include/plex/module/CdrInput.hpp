@@ -492,9 +492,11 @@ void readValue(Input& input, T& value)
     } else if constexpr (isText<T>) {
         readText<Rule>(input, value);
     } else if constexpr (isSequence<T>) {
-        readDelimited(input, isDelimitedBy<Rule, T>, 0, [&](Input& part) { readSequence<Rule>(part, value); });
+        readDelimited(input, isDelimitedBy<Rule, T>, 0,
+                      [&](Input& part) { readSequence<Rule>(part, value); });
     } else if constexpr (isArray<T>) {
-        readDelimited(input, isDelimitedBy<Rule, T>, 0, [&](Input& part) { readElements<Rule>(part, value); });
+        readDelimited(input, isDelimitedBy<Rule, T>, 0,
+                      [&](Input& part) { readElements<Rule>(part, value); });
     } else {
         constexpr Extensibility extensibility = Fields<T>::extensibility;
         readDelimited(input, extensibility != Extensibility::Final, Input::anything,
