@@ -216,6 +216,16 @@ dds::Subscriber* DdsEntityBase::createReadersSubscriber(const log4cplus::Logger&
         {"Failed to create subscriber with profile:", "", "Failed to create subscriber"});
 }
 
+namespace
+{
+
+bool mayPreallocate(const fastdds::TopicDataType& type)
+{
+    return fastdds::mayPreallocate(type.is_bounded(), type.m_typeSize);
+}
+
+} // namespace
+
 dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, dds::Topic& topic,
                                              const log4cplus::Logger& logger,
                                              std::optional<std::int32_t> historyDepth) const
@@ -239,7 +249,7 @@ dds::DataWriterQos DdsEntityBase::writerQos(std::optional<std::int32_t> historyD
     qos.resource_limits().max_samples = 40000;
     qos.resource_limits().max_instances = 100;
     qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE;
-    setRepresentation(qos, representation_, topicDataType().is_bounded()); // may need another policy
+    setRepresentation(qos, representation_, mayPreallocate(topicDataType())); // may need another policy
     return qos;
 }
 
@@ -253,7 +263,7 @@ dds::DataWriter* DdsEntityBase::createWriterWithProfile(dds::Publisher& publishe
     if (fastdds::code(publisher.get_datawriter_qos_from_profile(profile, qos)) != fastdds::RETCODE_OK) {
         return nullptr;
     }
-    setRepresentation(qos, representation_, topicDataType().is_bounded());
+    setRepresentation(qos, representation_, mayPreallocate(topicDataType()));
     return publisher.create_datawriter(&topic, qos, nullptr, allStatuses());
 }
 

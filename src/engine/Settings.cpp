@@ -56,10 +56,10 @@ bool logsCallbackExceptions(const Plex::Properties& properties)
 }
 
 void setRepresentation(dds::DataWriterQos& qos, std::optional<fastdds::DataRepresentationId> asked,
-                       bool isBounded)
+                       bool mayPreallocate)
 {
     if (asked) {
-        fastdds::offer(qos, *asked, isBounded);
+        fastdds::offer(qos, *asked, mayPreallocate);
     }
 }
 

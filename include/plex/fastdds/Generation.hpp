@@ -52,6 +52,12 @@
 namespace ovra::plex::fastdds
 {
 
+/// Whether payloads of a type may be made at its largest size: not where that is more than a packet's.
+constexpr bool mayPreallocate(bool isBounded, std::uint32_t largestSize) noexcept
+{
+    return isBounded && largestSize <= 65536;
+}
+
 /// A DDS return code (DDS 1.4, 2.2.1.1) as a plain number, the same in every generation.
 using ReturnCode = std::int32_t;
 
@@ -106,7 +112,7 @@ inline bool isInfinite(const Duration_t& duration)
 
 /// Lets a writer offer just this representation.
 inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation,
-                  bool /*isBounded*/)
+                  bool /*mayPreallocate*/)
 {
     qos.representation().m_value = {representation};
 }
@@ -203,13 +209,13 @@ inline bool isInfinite(const Duration_t& duration)
 ///
 /// Whatever the representation, this generation asks a type for the size of a value in XCDR version 1 and
 /// makes room for that. Preallocated payloads have the type's largest size instead; they would bring data
-/// sharing along, which never carries these types. Types without a largest size answer with that of the
+/// sharing along, which never carries these types. Types of which that may not be answer with the size in the
 /// larger version.
 inline void offer(eprosima::fastdds::dds::DataWriterQos& qos, DataRepresentationId representation,
-                  bool isBounded)
+                  bool mayPreallocate)
 {
     qos.representation().m_value = {representation};
-    if (isBounded && representation != eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION) {
+    if (mayPreallocate && representation != eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION) {
         qos.endpoint().history_memory_policy = HistoryMemory::PREALLOCATED_MEMORY_MODE;
         qos.data_sharing().off();
     }

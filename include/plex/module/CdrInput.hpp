@@ -55,11 +55,9 @@ public:
     /// Takes text of so many bytes, the NUL behind it included.
     const char* takeText(std::uint32_t size)
     {
-        require(size);
-        const char* const text = cdr_.get_current_position();
-        check(text[size - 1] == '\0' && std::memchr(text, '\0', size - 1) == nullptr,
-              "A string does not end with its only NUL");
-        cdr_.jump(size);
+        const char* const text = position();
+        check((end_ == nullptr || size <= static_cast<std::size_t>(end_ - text)) && cdr_.jump(size), tooLong);
+        check(std::memchr(text, '\0', size) == text + size - 1, "A string does not end with its only NUL");
         return text;
     }
 

@@ -144,12 +144,12 @@ public:
         return false;
     }
 
-    /// A function that gives the payload size in XCDR version 1, of types without a bound in the version that
-    /// takes more: Fast DDS 2.14 makes so much room, whatever the representation. See below.
+    /// A function that gives the payload size in XCDR version 1, of types that may not be preallocated in the
+    /// version that takes more: Fast DDS 2.14 makes so much room, whatever the representation. See below.
     std::function<std::uint32_t()> getSerializedSizeProvider(void* data) override
     {
         auto first = getSerializedSizeProvider(data, eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION);
-        if (isBounded_) {
+        if (fastdds::mayPreallocate(isBounded_, m_typeSize)) {
             return first;
         }
         auto second = getSerializedSizeProvider(data, eprosima::fastdds::dds::XCDR2_DATA_REPRESENTATION);

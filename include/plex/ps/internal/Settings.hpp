@@ -35,9 +35,9 @@ PLEX_EXPORT CallbacksOn callbacksOn(const Plex::Properties& properties);
 PLEX_EXPORT bool logsCallbackExceptions(const Plex::Properties& properties);
 
 /// Lets a writer offer the representation asked for, if any.
-/// @param isBounded whether its type is.
+/// @param mayPreallocate as the function of this name says of its type.
 PLEX_EXPORT void setRepresentation(eprosima::fastdds::dds::DataWriterQos& qos,
-                                   std::optional<fastdds::DataRepresentationId> asked, bool isBounded);
+                                   std::optional<fastdds::DataRepresentationId> asked, bool mayPreallocate);
 
 /// Lets a reader accept every representation, if one is asked for: the payload says which it is.
 PLEX_EXPORT void setRepresentation(eprosima::fastdds::dds::DataReaderQos& qos,
