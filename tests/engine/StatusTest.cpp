@@ -334,8 +334,8 @@ const auto mismatches = std::to_array<Mismatch>({
     {"PartitionOffered", [](PeerQos& qos) { qos.publisher.partition().push_back("south"); }, false, true,
      "partition: \"\" asked for, \"south\" offered"},
     {"RepresentationOffered",
-     [](PeerQos& qos) { ovra::plex::fastdds::offer(qos.writer, dds::XCDR2_DATA_REPRESENTATION); }, false,
-     true, "data representation: xcdr1 asked for, xcdr2 offered"},
+     [](PeerQos& qos) { ovra::plex::fastdds::offer(qos.writer, dds::XCDR2_DATA_REPRESENTATION, true); },
+     false, true, "data representation: xcdr1 asked for, xcdr2 offered"},
     {"RepresentationAskedOfUs",
      [](PeerQos& qos) {
          ovra::plex::fastdds::representationOf(qos.reader).m_value = {dds::XCDR2_DATA_REPRESENTATION};
