@@ -535,7 +535,7 @@ TEST_F(StatusTest, AMatchAndItsEndAreRecordedOnce)
     }
     EXPECT_TRUE(
         waitFor([&] { return recorded("The subscriber of topic " + topic + " is no longer" + peer) == 1; }));
-    const auto all = log.records();
+    const auto all = log.allRecords();
     EXPECT_EQ(std::count_if(all.begin(), all.end(),
                             [](const auto& record) { return record.logger == "plexDdsDiscovery"; }),
               2);
@@ -556,7 +556,7 @@ TEST_F(StatusTest, ARefusedPairIsRecordedOnce)
     EXPECT_TRUE(waitFor([&] { return log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, text) == 1; }));
     const auto publisher = EntityTest::publisher(); // another change
     ASSERT_TRUE(ps::waitForMatched(*subscriber, 1, patience));
-    EXPECT_TRUE(waitFor([&] { return !log.records().empty(); }));
+    EXPECT_TRUE(waitFor([&] { return !log.allRecords().empty(); }));
     EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, text), 1);
 }
 

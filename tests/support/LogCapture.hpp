@@ -44,12 +44,22 @@ public:
         root.setLogLevel(previousLevel_);
     }
 
-    std::vector<LogRecord> records() const { return sink_->records(); }
+    std::vector<LogRecord> allRecords() const { return sink_->records(); }
+
+    /// All but those of level INFO that discovery brings about, at any time and on a thread of its own.
+    std::vector<LogRecord> records() const
+    {
+        auto records = allRecords();
+        std::erase_if(records, [](const LogRecord& record) {
+            return record.logger == "plexDdsDiscovery" && record.level == log4cplus::INFO_LOG_LEVEL;
+        });
+        return records;
+    }
 
     /// How often a logger wrote exactly this text at this level.
     long count(const std::string& logger, log4cplus::LogLevel level, const std::string& text) const
     {
-        const auto all = records();
+        const auto all = allRecords();
         return std::count_if(all.begin(), all.end(), [&](const LogRecord& record) {
             return record.logger == logger && record.level == level && record.text == text;
         });

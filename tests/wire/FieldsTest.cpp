@@ -584,7 +584,7 @@ TEST(RefusedPayload, SaysWhatIsWrongWithItsLengthsAndHeaders)
     EXPECT_EQ(complaintOf<Choice>(0x0A, Bytes("\0\0\0\x13\x20\0\0\0\0\0\0\2\x50\0\0\x14\0\0\0\3", 20) +
                                             Bytes("ab\0\0\0\0\0\0\0\0", 10)),
               "The payload goes on behind the value");
-    EXPECT_EQ(complaintOf<Choice>(0x02, Bytes("\x3f\0\0\0", 4)), "A member has an id that is reserved");
+    EXPECT_EQ(complaintOf<Choice>(0x02, Bytes("\x3f\4\0\0", 4)), "A member has an id that is reserved");
     EXPECT_EQ(complaintOf<Choice>(0x02, Bytes("\x3f\1\0\4\0\0\0\0", 8)),
               "A long header of a member is not as long as it is");
     EXPECT_EQ(complaintOf<Maybe>(0x00, Bytes("\1\0\0\0\0\2\0\0\2", 9)),
