@@ -173,7 +173,7 @@ fails 'bad.idl:3:22: error: ";" is missing' 'plex_add_module(bad IDL bad.idl)'
 fails 'there is no topic' 'plex_add_module(good IDL good.idl TOPICS annotated)'
 fails 'plex_add_module(well): the topic good::T is of the module good, whose library has another name; call
 plex_add_module(good …) for it' 'plex_add_module(well IDL good.idl)'
-fails 'the topic two::U is of the module two' 'plex_add_module(one IDL two.idl)'
+fails '"two::U" and "one::T" are topics of two modules' 'plex_add_module(one IDL two.idl)'
 
 # --- For another machine ----------------------------------------------------------------------------------------------
 

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <ostream>
+#include <string>
 
 namespace plex::test
 {
@@ -22,13 +25,24 @@ struct ProcessResources {
     }
 };
 
+/// The name of a thread of the process, empty when it has ended.
+inline std::string threadName(const std::filesystem::path& task)
+{
+    std::string name;
+    std::ifstream file(task / "comm");
+    std::getline(file, name);
+    return name;
+}
+
+/// Without the thread for changes of status, which lives while there are any.
 inline ProcessResources processResources()
 {
-    const auto entries = [](const char* directory) {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(directory),
-                                                      std::filesystem::directory_iterator()));
+    using Entries = std::filesystem::directory_iterator;
+    const auto isCounted = [](const auto& task) {
+        return threadName(task.path()) != "plex-status";
     };
-    return {entries("/proc/self/task"), entries("/proc/self/fd")};
+    return {static_cast<std::size_t>(std::count_if(Entries("/proc/self/task"), Entries(), isCounted)),
+            static_cast<std::size_t>(std::distance(Entries("/proc/self/fd"), Entries()))};
 }
 
 } // namespace plex::test
