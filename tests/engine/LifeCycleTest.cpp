@@ -79,7 +79,7 @@ protected:
     {
         mostBytes += 2 * bytesKeptOfAnEntity();
         repeat(round, rounds / 5);
-        const Held before = held();
+        const Held before = heldAtRest();
         repeat(round, rounds);
         // What Fast DDS tells other processes of entities that are gone it keeps until they have acknowledged
         // it.
@@ -184,6 +184,20 @@ private:
     {
         return {processResources(), sharedMemoryMappings() + sharedMemoryFiles(processPart_),
                 allocatedBytes()};
+    }
+
+    /// The same, once no thread has come or gone for a while.
+    Held heldAtRest() const
+    {
+        Held last = held();
+        int looksAlike = 0;
+        waitFor([&] {
+            const Held now = held();
+            looksAlike = now.resources == last.resources ? looksAlike + 1 : 0;
+            last = now;
+            return looksAlike == 20;
+        });
+        return last;
     }
 
     /// What the names of this process's files have in common: the part of its participants' GUIDs that tells
