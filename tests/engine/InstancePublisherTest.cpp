@@ -2,6 +2,8 @@
 #include "ForeignSensor.hpp"
 #include "KeyedTest.hpp"
 
+#include <plex/dds/Status.hpp>
+
 #include <atomic>
 #include <limits>
 #include <thread>
@@ -302,6 +304,40 @@ TEST_F(InstancePublisherTest, ClosesAgainInsideACallback)
     });
     publish(*a, "a", 1);
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(InstancePublisherTest, TellsItsStatusUntilItIsClosed)
+{
+    using Outcome = ovra::plex::ps::Acknowledgment::Outcome;
+    const auto a = instance("a");
+    publish(*a, "a", 1);
+    const auto now = status(*a);
+    EXPECT_EQ(now.counters.published, 1U);
+    EXPECT_EQ(now.matched.size(), 1U);
+    EXPECT_EQ(waitForAcknowledgments(*a, patience).outcome,
+              Outcome::NobodyToAcknowledge); // a best-effort reader
+    a->close();
+    EXPECT_EQ(thrownText<IllegalStateException>([&] { status(*a); }), closed);
+    EXPECT_EQ(thrownText<IllegalStateException>([&] { waitForAcknowledgments(*a, 0ms); }), closed);
+}
+
+TEST_F(InstancePublisherTest, IsRefusedBySubscribersWithoutAKey)
+{
+    const auto other = std::make_shared<ovra::plex::DdsPlex>(Properties());
+    const std::unique_ptr<ovra::plex::ps::Subscriber<AltAz>> subscriber(
+        generated_dds_Subscriber_vexstubif_AltAz(other, uri, {}, {}));
+    ovra::plex::ps::EntityStatus now;
+    EXPECT_TRUE(waitFor([&] {
+        now = status(*subscriber);
+        return !now.refused.empty();
+    }));
+    std::vector<std::string> reasons;
+    for (const auto& refusal : now.refused.at(0).refusals) {
+        reasons.push_back(toString(refusal));
+    }
+    EXPECT_THAT(reasons, ElementsAre("type name: generated::dds_::vexstubif::AltAz asked for, "
+                                     "generated::dds_::keyed::Sensor offered",
+                                     "key: a type without a key asked for, a type with a key offered"));
 }
 
 } // namespace plex::test
