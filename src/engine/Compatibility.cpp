@@ -238,6 +238,7 @@ std::vector<Refusal> refusalsBetween(const Announced& writer, const Announced& r
 std::vector<Policy> policiesOf(const Announced& endpoint)
 {
     std::vector<Policy> inWords;
+    inWords.reserve(policies.size());
     for (const auto& rule : policies) {
         inWords.push_back({rule.policy, rule.inWords(endpoint)});
     }

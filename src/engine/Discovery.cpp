@@ -7,6 +7,7 @@
 #include <array>
 #include <sstream>
 #include <unistd.h>
+#include <utility>
 
 namespace ovra::plex::ps::internal
 {
@@ -102,7 +103,7 @@ std::vector<Refusal> refusalsOf(const fastdds::AnnouncedEndpoint& own, const fas
 
 } // namespace
 
-Discovery::Discovery(const fastdds::Guid& participant) : self_(participant) {}
+Discovery::Discovery(fastdds::Guid participant) : self_(std::move(participant)) {}
 
 Discovery::~Discovery() = default;
 

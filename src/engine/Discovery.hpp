@@ -26,7 +26,7 @@ namespace ovra::plex::ps::internal
 class Discovery final : public fastdds::DiscoveryListener, public std::enable_shared_from_this<Discovery>
 {
 public:
-    explicit Discovery(const fastdds::Guid& participant);
+    explicit Discovery(fastdds::Guid participant);
     ~Discovery() override;
 
     /// What is known of an endpoint of the participant, from its announcement on to its end.

@@ -8,6 +8,7 @@
 #include <log4cplus/loggingmacros.h>
 
 #include <cstdlib>
+#include <utility>
 
 namespace ovra::plex::ps::internal
 {
@@ -68,9 +69,9 @@ private:
     const std::shared_ptr<Watcher> watcher_;
 };
 
-Endpoint::Endpoint(std::weak_ptr<Discovery> discovery, const fastdds::Guid& guid)
+Endpoint::Endpoint(std::weak_ptr<Discovery> discovery, fastdds::Guid guid)
     : discovery_(std::move(discovery))
-    , guid_(guid)
+    , guid_(std::move(guid))
     , state_(std::make_unique<State>())
 {
 }

@@ -80,7 +80,7 @@ public:
     static std::shared_ptr<Endpoint> of(const dds::DataWriter& writer);
     static std::shared_ptr<Endpoint> of(const dds::DataReader& reader);
 
-    Endpoint(std::weak_ptr<Discovery> discovery, const fastdds::Guid& guid);
+    Endpoint(std::weak_ptr<Discovery> discovery, fastdds::Guid guid);
     Endpoint(const Endpoint&) = delete;
     Endpoint& operator=(const Endpoint&) = delete;
     ~Endpoint();
