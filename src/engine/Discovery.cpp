@@ -182,7 +182,7 @@ void Discovery::lost(const fastdds::Guid& own, std::uint64_t altogether)
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
         endpoint->state_->lost = altogether;
-        changed(*endpoint);
+        changedAsItDoubles(*endpoint, altogether, endpoint->state_->lostToTell);
     }
 }
 
@@ -191,8 +191,8 @@ void Discovery::rejected(const fastdds::Guid& own, const dds::SampleRejectedStat
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
         endpoint->state_->rejected = status.total_count;
-        endpoint->state_->rejectedBy = inWords(status.last_reason);
-        changed(*endpoint);
+        endpoint->state_->rejectedBy = status.last_reason;
+        changedAsItDoubles(*endpoint, status.total_count, endpoint->state_->rejectedToTell);
     }
 }
 
@@ -296,9 +296,10 @@ EntityStatus Discovery::statusOfLocked(const Endpoint& endpoint) const
     EntityStatus status;
     status.guid = inWords(endpoint.guid_);
     status.isPublisher = isWriter(endpoint.guid_);
-    status.former = {state.former.begin(), state.former.end()};
+    status.former = state.former;
     status.matchedAltogether = state.matchedAltogether;
     status.counters = endpoint.countersNow();
+    status.counters.rejectedBy = inWords(state.rejectedBy);
     const auto* const own = announcementOf(endpoint.guid_);
     if (own == nullptr) {
         return status; // it is coming or going
@@ -387,7 +388,7 @@ void Discovery::part(Endpoint& endpoint, const fastdds::Guid& peer)
     const auto* const own = announcementOf(endpoint.guid_);
     state.former.push_back(own == nullptr ? unannouncedPeer(peer) : this->peer(peer, *own));
     if (state.former.size() > mostFormer) {
-        state.former.pop_front();
+        state.former.erase(state.former.begin());
     }
     changed(endpoint);
 }
@@ -422,6 +423,14 @@ void Discovery::changed(Endpoint& endpoint)
     endpoint.state_->hasChanged = true;
     if (std::exchange(isTold_, false)) {
         statusThread().run([self = shared_from_this()] { self->tell(); });
+    }
+}
+
+void Discovery::changedAsItDoubles(Endpoint& endpoint, std::uint64_t number, std::uint64_t& toTell)
+{
+    if (number >= toTell) {
+        toTell = 2 * number;
+        changed(endpoint);
     }
 }
 

@@ -6,7 +6,6 @@
 #include <plex/ps/internal/Endpoint.hpp>
 
 #include <condition_variable>
-#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -81,6 +80,9 @@ private:
     void part(Endpoint& endpoint, const fastdds::Guid& peer);
     void forget(const fastdds::AnnouncedEndpoint& endpoint);
     void changed(Endpoint& endpoint);
+
+    /// Has a number that grows told as it doubles: DDS may report every sample.
+    void changedAsItDoubles(Endpoint& endpoint, std::uint64_t number, std::uint64_t& toTell);
     void changedOppositeOf(const fastdds::AnnouncedEndpoint& endpoint);
 
     /// On the thread for it: tells of what has changed.
@@ -99,10 +101,12 @@ private:
 struct Endpoint::State {
     std::set<fastdds::Guid> matched;
     std::uint64_t matchedAltogether = 0;
-    std::deque<Peer> former;
+    std::vector<Peer> former;
     std::uint64_t lost = 0;
+    std::uint64_t lostToTell = 1; ///< so many are told of next
     std::uint64_t rejected = 0;
-    std::string rejectedBy;
+    std::uint64_t rejectedToTell = 1;
+    dds::SampleRejectedStatusKind rejectedBy = dds::NOT_REJECTED;
     std::uint64_t deadlinesMissed = 0;
     std::uint64_t undecodable = 0;
     std::vector<std::uint8_t> undecodableBytes;

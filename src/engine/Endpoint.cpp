@@ -109,7 +109,6 @@ Counters Endpoint::countersNow() const
     all.undecodableBytes = state_->undecodableBytes;
     all.lost = state_->lost;
     all.rejected = state_->rejected;
-    all.rejectedBy = state_->rejectedBy;
     all.deadlinesMissed = state_->deadlinesMissed;
     return all;
 }

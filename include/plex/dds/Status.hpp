@@ -169,7 +169,8 @@ Acknowledgment waitForAcknowledgments(Entity& publisher, std::chrono::millisecon
     return detail::observable(publisher).waitForAcknowledgments(timeout);
 }
 
-/// Has a callback called whenever peers come, go, or are refused, and once at the beginning.
+/// Has a callback called whenever peers come, go, or are refused, as losses and rejections double, and once
+/// at the beginning.
 ///
 /// It is called on a thread of the process, named "plex-status", with no lock held: anything may be done in
 /// it, closing the entity and ending the watch included. One call at a time is made in the process. Changes
