@@ -8,7 +8,8 @@
 # makes two libraries: plex::icd-NAME, the value types (C++17), which applications link, and plex::dds-NAME, their binding
 # to DDS, which the transport opens by its name. NAME is the module's, a_b for a::b. MODULES are those whose definitions
 # the files include, made by this function too, here or in a package that was found. Sources lie in OUTPUT_DIRECTORY
-# (default: NAME in the build directory); the binding is compiled in as many pieces as SHARDS says (default 8).
+# (default: NAME in the build directory); the binding is compiled in as many pieces as SHARDS says (default: one for
+# every four structures of the files).
 #
 # plex_install_module(NAME) installs the headers, the libraries and the definitions, and a package plex-NAME, by which
 # other projects find the module. Its version is the project's.
@@ -100,15 +101,34 @@ function(plex_find_generator name)
     set(generatorNow ${now} PARENT_SCOPE)
 endfunction()
 
+# In how many pieces a binding is compiled unless somebody says it. One of four topics takes a compiler about 1.3 GB, so it
+# is one for every four structures, as which of them are topics is not known before the generator runs.
+function(plex_default_shards variable)
+    set(structures 0)
+    foreach(file IN LISTS ARGN)
+        if(NOT EXISTS ${file}) # the build makes it
+            math(EXPR structures "${structures} + 32")
+            continue()
+        endif()
+        file(STRINGS ${file} lines REGEX "(^|[^A-Za-z0-9_])struct[ \t]")
+        list(LENGTH lines count)
+        math(EXPR structures "${structures} + ${count}")
+    endforeach()
+    math(EXPR shards "(${structures} + 3) / 4")
+    if(shards LESS 1)
+        set(shards 1)
+    elseif(shards GREATER 1000)
+        set(shards 1000)
+    endif()
+    set(${variable} ${shards} PARENT_SCOPE)
+endfunction()
+
 function(plex_add_module name)
     plex_check_module_arguments(${ARGV})
     cmake_parse_arguments(PARSE_ARGV 1 arg ""
                           "EXTENSIBILITY;TOPICS;TYPE_NAME;ENUM_DELIMITERS;KEY_HASH;SHARDS;OUTPUT_DIRECTORY"
                           "IDL;INCLUDE;DEFINE;MODULES")
     plex_find_generator(${name})
-    if(NOT arg_SHARDS)
-        set(arg_SHARDS 8)
-    endif()
     if(NOT arg_OUTPUT_DIRECTORY)
         set(arg_OUTPUT_DIRECTORY ${name})
     endif()
@@ -122,6 +142,9 @@ function(plex_add_module name)
         list(APPEND definitions ${file})
         list(APPEND directories ${directory})
     endforeach()
+    if(NOT arg_SHARDS)
+        plex_default_shards(arg_SHARDS ${definitions})
+    endif()
     set(includes)
     foreach(directory IN LISTS arg_INCLUDE)
         cmake_path(ABSOLUTE_PATH directory BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE)

@@ -115,6 +115,15 @@ module third { struct Views { sequence<control::room::View> views; dome::Motion 
 TEXT
 configure third
 build third --target plex-icd-third
+test ! -e "$work/third/build/third/dds/shard1.cpp"
+
+# Without SHARDS, four structures are compiled together.
+for i in $(seq 9); do echo "struct S$i { long value; };"; done |
+    { echo 'module third {'; cat; echo '};'; } >"$work/third/third.idl"
+build third --target rebuild_cache
+build third --target plex-icd-third
+test -e "$work/third/build/third/dds/shard2.cpp"
+test ! -e "$work/third/build/third/dds/shard3.cpp"
 
 # --- What is refused ------------------------------------------------------------------------------------------------
 
