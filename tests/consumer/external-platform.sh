@@ -37,8 +37,8 @@ build() {
 configure platform "$project/tests/consumer/external-platform" -DCONTRACT="$project/include" -DFASTDDS="$fastdds"
 build platform install
 
-configure binding "$project" -DPLEX_PLATFORM=external -DPLEX_BUILD_TESTS=OFF
-build binding plex-dds-engine plex-dds-vexstubif plex-idl
+configure binding "$project" -DPLEX_PLATFORM=external -DPLEX_BUILD_TESTS=OFF -DPLEX_BUILD_TOOLS=OFF
+build binding plex-dds-engine plex-dds-vexstubif
 quietly cmake --install "$work/binding.build"
 
 # A dry run gets as far as the programs where nothing is missing that the examples need.
