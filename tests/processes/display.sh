@@ -5,7 +5,8 @@ set -euo pipefail
 
 project=$1 build=$2
 work=$(mktemp -d)
-common=(--domain $((1 + $$ % 90)) --profiles "$project/profiles/plex.xml")
+# The demo, which has the same topics, has the domains below.
+common=(--domain $((91 + $$ % 5)) --profiles "$project/profiles/plex.xml")
 "$build/bin/publisher" "${common[@]}" --count 300 --rate 100 &
 publisher=$!
 "$build/bin/display" "${common[@]}" >"$work/screen" &
