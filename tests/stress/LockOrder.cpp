@@ -145,7 +145,8 @@ void changePolledWhilePolling(Run& run)
         while (!published) {
             pollingReader->poll(0, 1ms);
         }
-        pollingReader->poll(0, 100ms); // the rest, and the answers to it
+        while (pollingReader->poll(0, 100ms) > 0) { // the rest, and the answers to it
+        }
     };
     const auto publish = [&] {
         publishOn(run, *plex, *writer, 2);
