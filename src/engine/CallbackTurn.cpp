@@ -271,6 +271,13 @@ bool CallbackTurn::endRecord(CallRecord& record)
     return true;
 }
 
+void CallbackTurn::awaitTake()
+{
+    if (!CallbackThread::current().isInCallback()) {
+        waitUntil([&] { return running_.load(std::memory_order_seq_cst) != &take_; });
+    }
+}
+
 void CallbackTurn::awaitCalls()
 {
     const auto* const running = running_.load(std::memory_order_seq_cst);

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FaultTest.hpp"
 
+#include <atomic>
+#include <thread>
+
 namespace plex::test
 {
 
@@ -21,6 +24,28 @@ protected:
         EXPECT_EQ(calls, 0);
         publishPositions(*publisher, 1);
         EXPECT_EQ(calls, 2);
+    }
+
+    /// While a sample is being taken, another thread changes the subscriptions, and is to be through when
+    /// that is over only.
+    template <class Change>
+    void expectToWaitForATake(Change change)
+    {
+        std::atomic<bool> changed = false;
+        bool changedMeanwhile = false;
+        std::thread changing;
+        {
+            const Meanwhile take("DataReader::take_next_sample", [&] {
+                changing = std::thread([&] {
+                    change();
+                    changed = true;
+                });
+                changedMeanwhile = waitFor([&] { return changed.load(); }, 100ms);
+            });
+            publishPositions(*publisher, 1);
+        }
+        changing.join();
+        EXPECT_FALSE(changedMeanwhile);
     }
 
     const std::unique_ptr<Writer> publisher = FaultTest::publisher();
@@ -176,6 +201,24 @@ TEST_F(SubscriptionFaultsTest, ListenerThatCannotBeDetachedIsLoggedAndTheSubscri
                                  "errMsg:Failed to set listener to none code:" + std::to_string(code))}));
         EXPECT_FALSE(topicExists());
     }
+}
+
+TEST_F(SubscriptionFaultsTest, EndingASubscriptionWaitsForASampleThatIsBeingTakenForIt)
+{
+    const auto handle = subscribe(*subscriber, Kind::Async);
+    expectToWaitForATake([&] { handle->close(); });
+    publishPositions(*publisher, 1);
+    EXPECT_EQ(subscriber->read(0).size(), 1U);
+}
+
+TEST_F(SubscriptionFaultsTest, SubscribingWaitsForASampleThatIsBeingTakenForOthers)
+{
+    const auto first =
+        subscribe(*subscriber, Kind::Async, Filter(InstanceState::Any, {InstanceEvent::Update}));
+    Handle second;
+    expectToWaitForATake([&] {
+        second = subscribe(*subscriber, Kind::Async, Filter(InstanceState::Any, {InstanceEvent::New}));
+    });
 }
 
 TEST_F(SubscriptionFaultsTest, ListenerThatCannotBeDetachedStaysHarmless)

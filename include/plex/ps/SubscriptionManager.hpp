@@ -20,6 +20,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -160,7 +161,12 @@ private:
     void dispatchToNotifiers();
     void dispatchToListeners();
 
-    /// Takes the next sample, in any state, into the members for it. @returns whether there was one.
+    /// Takes the next sample, in any state, into the members for it, if there is one and a subscription for
+    /// it.
+    /// @returns the subscriptions; none where no sample was taken.
+    std::span<const std::shared_ptr<SubscriptionInfo>> takeForListeners();
+
+    /// As above, whoever it is for. @returns whether there was one.
     bool takeNext();
     bool takeNextInAnyState();
 

@@ -75,6 +75,7 @@ std::unique_ptr<Subscription> SubscriptionManager<T, ST>::subscribeAsync(const D
 {
     auto handle = add<AsyncDdsSubscription<T, ST>>(asyncRegistry_, filter, callback, std::move(subscriber));
     serveAsWanted();
+    this->awaitTake();
     return handle;
 }
 
@@ -99,6 +100,7 @@ template <class T, class ST>
 void SubscriptionManager<T, ST>::removeAsync(const std::string& id)
 {
     remove(*this, asyncRegistry_, id);
+    this->awaitTake();
     serveAsWanted();
 }
 
@@ -297,10 +299,8 @@ template <class T, class ST>
 void SubscriptionManager<T, ST>::dispatchToListeners()
 {
     for (;;) {
-        // Looked up before each sample: none is taken for subscriptions that have all ended, and none is told
-        // to one that was made after it was taken.
-        const auto& subscriptions = asyncRegistry_.current(mutex_);
-        if (subscriptions.empty() || !takeNext()) {
+        const auto subscriptions = takeForListeners();
+        if (subscriptions.empty()) {
             return;
         }
         if (!takenInfo_.valid_data || !isFresh(takenInfo_)) {
@@ -313,6 +313,19 @@ void SubscriptionManager<T, ST>::dispatchToListeners()
             }
         }
     }
+}
+
+/// Subscriptions are looked up before each sample: none is taken for some that have all ended, and none is
+/// told to one that was made after it was taken.
+template <class T, class ST>
+auto SubscriptionManager<T, ST>::takeForListeners() -> std::span<const std::shared_ptr<SubscriptionInfo>>
+{
+    const internal::CallbackTurn::Take take(*this);
+    const auto& subscriptions = asyncRegistry_.current(mutex_);
+    if (subscriptions.empty() || !takeNext()) {
+        return {};
+    }
+    return subscriptions;
 }
 
 template <class T, class ST>

@@ -72,6 +72,31 @@ protected:
         wakeAwaiting();
     }
 
+    /// A sample being taken, by the thread that has the turn, for those subscriptions that are looked up in
+    /// its life.
+    class Take
+    {
+    public:
+        explicit Take(CallbackTurn& turn) : turn_(turn)
+        {
+            turn_.running_.store(&turn_.take_, std::memory_order_seq_cst);
+            turn_.wakeAwaiting(); // as in beginCall()
+        }
+
+        Take(const Take&) = delete;
+        Take& operator=(const Take&) = delete;
+
+        ~Take() { turn_.endCall(); }
+
+    private:
+        CallbackTurn& turn_;
+    };
+
+    /// Outside callbacks, waits for a sample that is perhaps being taken for those who were looked up before
+    /// the subscriptions have changed. Nobody would be told of it where they have all ended, and those that
+    /// were made meanwhile would miss it.
+    void awaitTake();
+
     /// Ends a record: no call of it begins any more. Outside callbacks, waits for one that runs.
     /// @returns whether none runs, so that its function may be destroyed.
     bool endRecord(CallRecord& record);
@@ -115,6 +140,7 @@ private:
     std::atomic<std::uint32_t> state_ = 0; ///< the bits above, and the number of passes times onePass
     std::atomic<Service> service_ = Service::None;
     std::atomic<const CallRecord*> running_ = nullptr;
+    const CallRecord take_;             ///< stands in running_ for a sample that is being taken
     CallbackTurn* nextTaken_ = nullptr; ///< belongs to the thread that has the turn
     std::mutex threadMutex_;            ///< guards the next
     std::shared_ptr<DispatchThread> thread_;

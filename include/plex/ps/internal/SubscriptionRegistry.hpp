@@ -51,7 +51,8 @@ public:
     /// meanwhile may be among them.
     const std::vector<std::shared_ptr<Info>>& current(std::mutex& mutex)
     {
-        if (version_.load(std::memory_order_acquire) != currentVersion_) {
+        if (version_.load(std::memory_order_seq_cst) !=
+            currentVersion_) { // after what CallbackTurn::Take stores
             lookUp(mutex);
         }
         return current_;
