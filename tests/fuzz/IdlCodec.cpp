@@ -95,7 +95,7 @@ void run(std::span<const std::uint8_t> input)
         return;
     }
     const Type& type = typeFor(input[0]);
-    CodecOptions options{(input[1] & 1U) != 0, (input[1] & 2U) != 0, (input[1] & 4U) != 0};
+    const CodecOptions options{(input[1] & 1U) != 0, (input[1] & 2U) != 0, (input[1] & 4U) != 0};
     const auto rest = input.subspan(2);
     std::optional<Datum> value;
     try {
@@ -106,7 +106,6 @@ void run(std::span<const std::uint8_t> input)
         check(!error.offset() || *error.offset() <= rest.size(), "an error has a place in the payload");
     }
     if (value) {
-        options.refusesUnselected = false; // the default of a member may be such a value
         checkWriting(type, *value, options);
     }
 }

@@ -69,6 +69,9 @@ void fill(T& value)
     value.setNote({"note", 3});
     value.editCommand().width(2.5);
     value.editChoice().point({7, 8.5});
+    value.editSwitches().letter.b(1.25);
+    value.editSwitches().wanted.minus("wanted");
+    value.editSwitches().yes.yes(0.25);
     value.setStamp({10, 20});
     value.setMaybe(0.5);
     value.setText("four");

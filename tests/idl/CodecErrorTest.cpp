@@ -113,14 +113,49 @@ TEST(CodecErrors, AnErrorHasPathAndOffset)
     }
 }
 
-TEST(CodecErrors, UnselectedCasesAreRefusedWhereThatIsAskedFor)
+TEST(CodecErrors, UnselectedCasesAreRefusedUnlessTheyAreToBeKept)
 {
     const Model model = modelOf("@final union T switch (short) { case 1: octet a; };");
-    CodecOptions options;
-    options.refusesUnselected = true;
-    EXPECT_EQ(jsonOf(model, payloadOf(0x00, "fffe")), R"({"discriminator":-2})");
-    EXPECT_EQ(faultIn([&] { jsonOf(model, payloadOf(0x00, "fffe"), options); }),
+    CodecOptions keeping;
+    keeping.keepsUnselected = true;
+    EXPECT_EQ(jsonOf(model, payloadOf(0x00, "fffe"), keeping), R"({"discriminator":-2})");
+    EXPECT_EQ(faultIn([&] { jsonOf(model, payloadOf(0x00, "fffe")); }),
               "discriminator: the discriminator -2 selects no case of T (offset 6)");
+    const std::string json = R"({"discriminator":-2})";
+    EXPECT_EQ(hexOf(encode(typeT(model), fromJson(typeT(model), json, keeping), {}, keeping)),
+              "00010000 feff");
+    EXPECT_EQ(faultIn([&] { fromJson(typeT(model), json); }), "the discriminator -2 selects no case of T");
+    EXPECT_EQ(faultIn([&] { encode(typeT(model), {UnionDatum{7, {}}}); }),
+              "the discriminator 7 selects no case of T");
+}
+
+TEST(CodecErrors, EnumeratorsAndBooleansWithoutACaseStandForNoMember)
+{
+    const Model enums = modelOf("enum E { A, B }; @final union T switch (E) { case B: octet b; };");
+    EXPECT_EQ(jsonOf(enums, payloadOf(0x00, "00000000")), R"({"discriminator":"A"})");
+    EXPECT_EQ(faultIn([&] { jsonOf(enums, payloadOf(0x00, "00000002")); }),
+              "discriminator: 2 is no value of E (offset 8)");
+    const Model booleans = modelOf("@final union T switch (boolean) { case TRUE: octet b; };");
+    EXPECT_EQ(jsonOf(booleans, payloadOf(0x00, "00")), R"({"discriminator":false})");
+}
+
+/// As generated code makes new values.
+TEST(CodecErrors, DefaultOfAUnionHasThatOfItsDiscriminatorOrElseTheFirstLabel)
+{
+    const auto defaultIn = [](const std::string& definition) {
+        const Model model = modelOf(definition + "@final struct T { U u; };");
+        return jsonOf(model, encode(typeT(model), Datum()));
+    };
+    EXPECT_EQ(defaultIn("@final union U switch (long) { case 0: octet a; default: short b; };"),
+              R"({"u":{"discriminator":0,"member":0}})");
+    EXPECT_EQ(defaultIn("@final union U switch (long) { case 1: octet a; default: short b; };"),
+              R"({"u":{"discriminator":0,"member":0}})");
+    EXPECT_EQ(defaultIn("@final union U switch (long) { case 7: octet a; case 3: short b; };"),
+              R"({"u":{"discriminator":7,"member":0}})");
+    EXPECT_EQ(defaultIn("enum E { A, @default_literal B }; @final union U switch (E) { case A: octet a; };"),
+              R"({"u":{"discriminator":"B"}})");
+    EXPECT_EQ(defaultIn("@final union U switch (boolean) { case TRUE: octet a; };"),
+              R"({"u":{"discriminator":false}})");
 }
 
 /// Values that were not read from JSON may be anything.

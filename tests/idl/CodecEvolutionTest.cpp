@@ -60,14 +60,18 @@ TEST(CodecEvolution, ElementsOfListsEvolve)
               R"({"q":[{"a":1},{"a":2}],"z":9})");
 }
 
-TEST(CodecEvolution, PlainPayloadsDoNotEvolve)
+TEST(CodecEvolution, PlainPayloadsMayHaveMoreAtTheirEndsUnlessTheirTypeIsFinal)
 {
-    const std::string one = "@appendable struct T { octet a; };";
-    const std::string two = "@appendable struct T { octet a; long b; };";
-    EXPECT_EQ(faultIn([&] { readAs(two, one, R"({"a":1})", XcdrVersion::Xcdr1); }),
-              "b: 4 bytes are needed, 0 are left (offset 5)");
-    EXPECT_EQ(faultIn([&] { readAs(one, two, R"({"a":1,"b":2})", XcdrVersion::Xcdr1); }),
-              "7 bytes follow the value (offset 5)");
+    const std::string one = " struct T { octet a; };";
+    const std::string two = " struct T { octet a; long b; };";
+    EXPECT_EQ(
+        faultIn([&] { readAs("@appendable" + two, "@appendable" + one, R"({"a":1})", XcdrVersion::Xcdr1); }),
+        "b: 4 bytes are needed, 0 are left (offset 5)");
+    EXPECT_EQ(readAs("@appendable" + one, "@appendable" + two, R"({"a":1,"b":2})", XcdrVersion::Xcdr1),
+              R"({"a":1})");
+    EXPECT_EQ(
+        faultIn([&] { readAs("@final" + one, "@final" + two, R"({"a":1,"b":2})", XcdrVersion::Xcdr1); }),
+        "7 bytes follow the value (offset 5)");
 }
 
 TEST(CodecEvolution, MembersOfMutableTypesMove)
@@ -87,14 +91,16 @@ TEST(CodecEvolution, MembersThatMustBeUnderstoodAre)
     }
 }
 
-TEST(CodecEvolution, CasesThatAreNotKnownLeaveTheUnionEmpty)
+TEST(CodecEvolution, CasesThatAreNotKnownAreRefused)
 {
     const std::string one =
         "@appendable union U switch (long) { case 1: octet a; }; struct T { U u; octet z; };";
     const std::string two = "@appendable union U switch (long) { case 1: octet a; case 2: string b; };"
                             "struct T { U u; octet z; };";
-    EXPECT_EQ(readAs(one, two, R"({"u":{"discriminator":2,"member":"x"},"z":9})", XcdrVersion::Xcdr2),
-              R"({"u":{"discriminator":2},"z":9})");
+    EXPECT_EQ(faultIn([&] {
+                  readAs(one, two, R"({"u":{"discriminator":2,"member":"x"},"z":9})", XcdrVersion::Xcdr2);
+              }),
+              "u.discriminator: the discriminator 2 selects no case of U (offset 16)");
 }
 
 /// An array that is missing may be larger than any payload.
@@ -113,9 +119,10 @@ TEST(CodecEvolution, DefaultsOfUnions)
                       payloadOf(0x08, "00000000"));
     };
     EXPECT_EQ(defaultOf("default: octet o;"), R"({"u":{"discriminator":false,"member":0}})");
-    EXPECT_EQ(defaultOf("case FALSE: octet o;"), R"({"u":{"discriminator":true}})");
+    EXPECT_EQ(defaultOf("case FALSE: octet o;"), R"({"u":{"discriminator":false,"member":0}})");
+    EXPECT_EQ(defaultOf("case TRUE: octet o;"), R"({"u":{"discriminator":false}})");
     EXPECT_EQ(defaultOf("case TRUE: octet o; case FALSE: @default(4) long l;"),
-              R"({"u":{"discriminator":true,"member":0}})");
+              R"({"u":{"discriminator":false,"member":4}})");
     EXPECT_EQ(defaultOf("case FALSE: @default(4) long l; case TRUE: octet o;"),
               R"({"u":{"discriminator":false,"member":4}})");
 }

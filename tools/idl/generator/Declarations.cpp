@@ -80,12 +80,17 @@ std::string isSelected(const UnionType& type, const UnionCase& unionCase)
     return text;
 }
 
+/// What a new value of a case is made of, as the argument of a call; nothing where its type does that by
+/// itself.
+std::string initialArgument(const UnionCase& unionCase)
+{
+    const std::string value = initialValue(unionCase);
+    return value == "{}" ? "" : value;
+}
+
 std::string alternative(const NamedCase& each, std::size_t index)
 {
-    return "value_.emplace<" + std::to_string(index) + ">(" + [&] {
-        const std::string value = initialValue(*each.unionCase->type);
-        return value == "{}" ? "" : value;
-    }() + ");\n";
+    return "value_.emplace<" + std::to_string(index) + ">(" + initialArgument(*each.unionCase) + ");\n";
 }
 
 /// What select() does: the cases in their order, with the default one behind them.
@@ -114,49 +119,48 @@ std::string selection(const UnionType& type, const std::vector<NamedCase>& cases
                         : "        " + text + " else {\n" + otherwise + "        }\n";
 }
 
-/// The label that a new union has: its discriminator's own start where that is one, else the first.
+/// What a discriminator is at first, as its number in two's complement.
+std::uint64_t initialBits(const Type& discriminator)
+{
+    const auto* const enumeration = as<EnumType>(resolved(discriminator));
+    if (enumeration == nullptr) {
+        return 0;
+    }
+    const auto chosen = std::ranges::find_if(enumeration->enumerators, &Enumerator::isDefault);
+    return static_cast<std::uint64_t>(std::int64_t{chosen->value});
+}
+
+/// The label that a new union has: its discriminator's own start where the union takes that, else the first.
+/// @returns the case that it selects; null: none.
 const UnionCase* firstCase(const UnionType& type, std::string& label)
 {
-    label = initialValue(*type.discriminator);
-    const UnionCase* byDefault = nullptr;
-    for (const UnionCase& each : type.cases) {
-        for (const Label& candidate : each.labels) {
-            if (cppValue(*type.discriminator, candidate.value) == label) {
-                return &each;
-            }
-        }
-        byDefault = each.isDefault ? &each : byDefault;
+    const std::uint64_t bits = initialBits(*type.discriminator);
+    if (type.takes(bits)) {
+        label = initialValue(*type.discriminator);
+        return type.caseOf(bits);
     }
-    const TypeKind kind = resolved(*type.discriminator).kind;
-    if (byDefault == nullptr && kind != TypeKind::Enum && kind != TypeKind::Boolean) {
-        byDefault = &type.cases.front();
-        label = cppValue(*type.discriminator, byDefault->labels.front().value);
-    }
-    return byDefault;
+    const UnionCase& first = type.cases.front();
+    label = cppValue(*type.discriminator, first.labels.front().value);
+    return &first;
 }
 
-std::string labelOf(const UnionType& type, const UnionCase& each)
+/// A label that selects a case; none is left for a default where all values are labels.
+const Label* labelOf(const UnionType& type, const UnionCase& each)
 {
     if (!each.labels.empty()) {
-        return cppValue(*type.discriminator, each.labels.front().value);
+        return &each.labels.front();
     }
-    return type.unusedLabel ? cppValue(*type.discriminator, type.unusedLabel->value) : "discriminator_";
+    return type.unusedLabel ? &*type.unusedLabel : nullptr;
 }
 
-std::string caseFunctions(const UnionType& type, const std::vector<NamedCase>& cases)
+std::string caseSetter(const UnionType& type, const NamedCase& each, std::size_t index)
 {
-    std::string text;
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        const NamedCase& each = cases[i];
-        const bool isSmall = shapeOf(*each.unionCase->type) == Shape::Small;
-        text += filledBlock(R"(
-    bool @test@() const { return value_.index() == @index@; }
-
-@documentation@    /// @throws std::bad_variant_access where another member is there.
-    const @type@& @name@() const { return std::get<@index@>(value_); }
-
-    @type@& @name@() { return std::get<@index@>(value_); }
-
+    const Label* const label = labelOf(type, *each.unionCase);
+    if (label == nullptr) {
+        return {};
+    }
+    const bool isSmall = shapeOf(*each.unionCase->type) == Shape::Small;
+    return filledBlock(R"(
     void @name@(@type@ value)
     {
         if (!@test@()) {
@@ -166,13 +170,34 @@ std::string caseFunctions(const UnionType& type, const std::vector<NamedCase>& c
     }
 
 )",
+                       {{"test", each.test},
+                        {"index", std::to_string(index)},
+                        {"type", cppType(*each.unionCase->type)},
+                        {"name", each.name},
+                        {"label", cppValue(*type.discriminator, label->value)},
+                        {"value", isSmall ? "value" : "std::move(value)"}});
+}
+
+std::string caseFunctions(const UnionType& type, const std::vector<NamedCase>& cases)
+{
+    std::string text;
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const NamedCase& each = cases[i];
+        text += filledBlock(R"(
+    bool @test@() const { return value_.index() == @index@; }
+
+@documentation@    /// @throws std::bad_variant_access where another member is there.
+    const @type@& @name@() const { return std::get<@index@>(value_); }
+
+    @type@& @name@() { return std::get<@index@>(value_); }
+
+@setter@)",
                             {{"test", each.test},
                              {"index", std::to_string(i + 1)},
                              {"documentation", comment(each.unionCase->documentation, 4)},
                              {"type", cppType(*each.unionCase->type)},
                              {"name", each.name},
-                             {"label", labelOf(type, *each.unionCase)},
-                             {"value", isSmall ? "value" : "std::move(value)"}});
+                             {"setter", caseSetter(type, each, i + 1)}});
     }
     return text;
 }
@@ -190,9 +215,8 @@ std::string firstAlternative(const std::vector<NamedCase>& cases, const UnionCas
 {
     for (std::size_t i = 0; i < cases.size(); ++i) {
         if (cases[i].unionCase == first) {
-            const std::string value = initialValue(*first->type);
-            return "std::in_place_index<" + std::to_string(i + 1) + ">" +
-                   (value.empty() || value == "{}" ? "" : ", " + value);
+            const std::string value = initialArgument(*first);
+            return "std::in_place_index<" + std::to_string(i + 1) + ">" + (value.empty() ? "" : ", " + value);
         }
     }
     return {};

@@ -71,6 +71,13 @@ void Decoder::readHeader(std::span<const std::uint8_t> payload)
     input_.configure(encapsulation_.order, encapsulation_.version == XcdrVersion::Xcdr1 ? 8 : 4);
 }
 
+/// A value of a later version of the type has more at its end, which nothing but the payload's tells.
+bool Decoder::mayGoOn(const Type& type) const
+{
+    return encapsulation_.version == XcdrVersion::Xcdr1 && encapsulation_.layout == Layout::Plain &&
+           extensibilityOf(type) == Extensibility::Appendable;
+}
+
 void Decoder::checkLayout(const Type& type)
 {
     const bool isMutable = extensibilityOf(type) == Extensibility::Mutable;
@@ -90,7 +97,7 @@ Datum Decoder::decode(const Type& declared)
     const Type& type = resolved(declared);
     checkLayout(type);
     Datum result = content(type, encapsulation_.layout);
-    if (input_.remaining() > 3) {
+    if (input_.remaining() > 3 && !mayGoOn(type)) {
         input_.fail(std::to_string(input_.remaining()) + " bytes follow the value");
     }
     return result;

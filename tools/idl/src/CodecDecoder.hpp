@@ -46,6 +46,7 @@ private:
 
     void readHeader(std::span<const std::uint8_t> payload);
     void checkLayout(const Type& type);
+    bool mayGoOn(const Type& type) const;
 
     Datum value(const Type& declared);
     Datum content(const Type& type);

@@ -403,6 +403,10 @@ void Encoder::selected(const UnionType& type, const UnionDatum& datum)
         path_.fail(one == nullptr ? "the discriminator selects no case, and there is a member"
                                   : "the member \"" + one->name + "\" is missing");
     }
+    const Datum discriminator = discriminatorDatum(*type.discriminator, datum.discriminator);
+    if (const Fault fault = faultOfCase(type, discriminator, options_)) {
+        path_.fail(*fault);
+    }
     if (one != nullptr) {
         const CodecPath::Step step(path_, one->name);
         if (layoutOf(type.extensibility) == Layout::Parameters) {

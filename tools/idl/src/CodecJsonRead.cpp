@@ -393,6 +393,10 @@ Datum DatumReader::choice(const UnionType& type, const Json& json)
     if (one == nullptr && json.contains("member")) {
         path_.fail("the discriminator selects no case, and there is a member");
     }
+    const Datum number = discriminatorDatum(*type.discriminator, result.discriminator);
+    if (const Fault fault = faultOfCase(type, number, options_)) {
+        path_.fail(*fault);
+    }
     if (one != nullptr) {
         const CodecPath::Step step(path_, one->name);
         result.member.push_back(json.contains("member") ? read(*one->type, json["member"]) : Datum());

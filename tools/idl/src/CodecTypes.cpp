@@ -156,7 +156,10 @@ std::uint64_t firstLabel(const UnionType& type)
 Datum defaultOf(const UnionType& type)
 {
     UnionDatum result;
-    result.discriminator = type.unusedLabel ? type.unusedLabel->bits : firstLabel(type);
+    result.discriminator = discriminatorBits(defaultOf(resolved(*type.discriminator)));
+    if (!type.takes(result.discriminator)) {
+        result.discriminator = firstLabel(type);
+    }
     if (type.caseOf(result.discriminator) != nullptr) {
         result.member.emplace_back();
     }
@@ -313,7 +316,7 @@ Fault faultOfNumber(const Type& type, std::uint64_t number)
 Fault faultOfCase(const UnionType& type, const Datum& discriminator, const CodecOptions& options)
 {
     const std::uint64_t bits = discriminatorBits(discriminator);
-    if (!options.refusesUnselected || type.caseOf(bits) != nullptr) {
+    if (options.keepsUnselected || type.takes(bits)) {
         return std::nullopt;
     }
     return "the discriminator " + std::to_string(static_cast<std::int64_t>(bits)) + " selects no case of " +

@@ -64,6 +64,17 @@ const UnionCase* UnionType::caseOf(std::uint64_t bits) const
     return otherwise;
 }
 
+bool UnionType::takes(std::uint64_t bits) const
+{
+    const Type& type = resolved(*discriminator);
+    if (const auto* const enumeration = as<EnumType>(type)) {
+        return std::ranges::any_of(enumeration->enumerators, [bits](const Enumerator& each) {
+            return static_cast<std::uint64_t>(std::int64_t{each.value}) == bits;
+        });
+    }
+    return type.kind == TypeKind::Boolean || caseOf(bits) != nullptr;
+}
+
 const Type& resolved(const Type& type)
 {
     const Type* result = &type;

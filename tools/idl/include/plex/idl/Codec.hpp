@@ -74,8 +74,8 @@ struct CodecOptions {
     bool delimitsEnumerations = false;
     /// Numbers that no enumerator has are values of an enum. Else they are refused.
     bool keepsUnknownEnumerators = false;
-    /// Discriminators that select no case of a union are refused where a payload is read.
-    bool refusesUnselected = false;
+    /// Discriminators that a union does not take are values of it, without a member. Else they are refused.
+    bool keepsUnselected = false;
 };
 
 /// How a payload is written.
@@ -89,9 +89,11 @@ struct Encoding {
 /// Reads a payload; its header decides how.
 ///
 /// Plain CDR, versions 1 and 2, is read for final and appendable types, delimited CDR2 for these as well,
-/// parameter lists for mutable ones. The payload may end with up to 3 bytes more. Members that a delimited or
-/// mutable value lacks are left out, and members that it has beyond those of the type are skipped unless they
-/// must be understood. Text without a terminating NUL is refused, a text of length 0 is empty.
+/// parameter lists for mutable ones. The payload may end with up to 3 bytes more, and one in plain CDR
+/// version 1 of an appendable type with any number, as values of its later versions do. Members that a
+/// delimited or mutable value lacks are left out, and members that it has beyond those of the type are
+/// skipped unless they must be understood. Text without a terminating NUL is refused, a text of length 0 is
+/// empty.
 ///
 /// Values that do not fit their types are refused, whatever @try_construct says of them.
 ///

@@ -45,8 +45,8 @@ struct UnionDatum {
 /// - any: `std::monostate` is the default of the member, else of the type, which is zero, empty or the
 ///   default enumerator
 ///
-/// The default of a union is its default case with the lowest free discriminator; where it has none, no case;
-/// where all values are labels, the first label.
+/// The default of a union has the default of its discriminator, or where the union does not take that, its
+/// first label, and the default of the member that this selects.
 struct Datum {
     using Octets = std::vector<std::uint8_t>;
     using Elements = std::vector<Datum>;

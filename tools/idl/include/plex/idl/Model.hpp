@@ -268,6 +268,11 @@ struct UnionType : NamedType {
     /// The case that a discriminator selects. @param bits its number in two's complement. @returns null:
     /// none.
     const UnionCase* caseOf(std::uint64_t bits) const;
+
+    /// Whether a discriminator is one of the union: it selects a case, or it is an enumerator or a boolean,
+    /// which all who know the type know, and stands for no member. Other numbers without a case may be labels
+    /// of a later version of the type, whose members nobody here could find the end of.
+    bool takes(std::uint64_t bits) const;
 };
 
 // --- Other declarations ------------------------------------------------------------------------------------
