@@ -117,6 +117,23 @@ TEST(Annotations, DecideTheExtensibility)
     EXPECT_EQ(typeIn<StructType>(usual, "A").extensibility, Extensibility::Appendable);
 }
 
+TEST(Annotations, MayStandBeforeTheTypeOfATypedefAndBeforeLabels)
+{
+    const Model model =
+        modelOf("typedef @unit(\"m\") @min(0.0) double Length; @unit(\"s\") typedef @max(1) long Time;"
+                "union U switch (long) { @id(7) case 1: @default(3) long a; "
+                "case 2: @id(9) case 3: long b; @unit(\"m\") default: long c; };");
+    EXPECT_EQ(typeIn<AliasType>(model, "Length").unit, "m");
+    EXPECT_EQ(typeIn<AliasType>(model, "Length").minimum, Value(0.0));
+    EXPECT_EQ(typeIn<AliasType>(model, "Time").unit, "s");
+    EXPECT_EQ(typeIn<AliasType>(model, "Time").maximum, Value(std::int64_t{1}));
+    const auto& cases = typeIn<UnionType>(model, "U").cases;
+    EXPECT_EQ(cases[0].id, 7U);
+    EXPECT_EQ(cases[0].defaultValue, Value(std::int64_t{3}));
+    EXPECT_EQ(cases[1].id, 9U);
+    EXPECT_EQ(cases[2].unit, "m");
+}
+
 TEST(Annotations, AreKeptAsTheyWereWritten)
 {
     const Model model =

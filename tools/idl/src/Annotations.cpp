@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <ranges>
 #include <unordered_map>
 #include <unordered_set>
@@ -177,6 +178,11 @@ AnnotationList AnnotationList::read(Context& context)
         list.all_.push_back(std::move(annotation));
     }
     return list;
+}
+
+void AnnotationList::append(AnnotationList others)
+{
+    std::ranges::move(others.all_, std::back_inserter(all_));
 }
 
 const ReadAnnotation* AnnotationList::find(std::string_view name) const

@@ -47,6 +47,9 @@ public:
     /// Reads all that come. @throws SyntaxError
     static AnnotationList read(Context& context);
 
+    /// Adds those that stand further on before the same thing.
+    void append(AnnotationList others);
+
     /// The annotation of a name; null where there is none.
     const ReadAnnotation* find(std::string_view name) const;
 

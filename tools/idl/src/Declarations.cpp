@@ -56,7 +56,7 @@ bool isNested(Context& context, const AnnotationList& annotations)
     return false;
 }
 
-void readTypedef(Context& context, DeclarationTables& tables, const Beginning& beginning)
+void readTypedef(Context& context, DeclarationTables& tables, Beginning beginning)
 {
     beginning.annotations.check(context, Annotated::Alias);
     const Location place = context.tokens.peek().place;
@@ -77,6 +77,7 @@ void readConstant(Context& context, const Beginning& beginning)
     beginning.annotations.check(context, Annotated::Constant);
     Constant& constant = context.builder.makeConstant();
     const Location place = tokens.peek().place;
+    beginning.annotations.append(AnnotationList::read(context)); // they may stand before the type as well
     constant.type = &readType(context);
     const TypeKind kind = resolved(*constant.type).kind;
     const bool isPossible = isPrimitive(kind) || kind == TypeKind::String || kind == TypeKind::WString ||

@@ -98,7 +98,7 @@ void readUnion(Context& context, DeclarationTables& tables, const Beginning& beg
 void readEnum(Context& context, DeclarationTables& tables, const Beginning& beginning);
 void readBitmask(Context& context, DeclarationTables& tables, const Beginning& beginning);
 void readBitset(Context& context, DeclarationTables& tables, const Beginning& beginning);
-void readTypedef(Context& context, DeclarationTables& tables, const Beginning& beginning);
+void readTypedef(Context& context, DeclarationTables& tables, Beginning beginning);
 void readConstant(Context& context, const Beginning& beginning);
 
 } // namespace ovra::plex::idl

@@ -82,16 +82,18 @@ void readCase(Context& context, UnionType& type, LabelTable& labels, MemberTable
 {
     TokenCursor& tokens = context.tokens;
     const std::size_t first = tokens.position();
+    AnnotationList annotations = AnnotationList::read(context); // they may stand before the labels as well
     UnionCase unionCase;
     if (!readLabel(context, type, unionCase, labels)) {
         refuseNestedDeclaration(context);
         context.reporter.error(tokens.peek().place, R"("case" or "default" is expected here)");
         throw SyntaxError();
     }
-    while (readLabel(context, type, unionCase, labels)) {
-    }
-    const std::size_t begin = tokens.position();
-    const AnnotationList annotations = AnnotationList::read(context);
+    std::size_t begin = 0;
+    do {
+        begin = tokens.position();
+        annotations.append(AnnotationList::read(context));
+    } while (readLabel(context, type, unionCase, labels));
     const std::size_t annotated = tokens.position();
     annotations.check(context, Annotated::Case);
     const Type& elementType = readType(context);
