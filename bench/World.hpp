@@ -5,7 +5,7 @@
 #include "Profiles.hpp"
 
 #include <generated/vexstubif/Factories.hpp>
-#include <keyed/Factories.hpp>
+#include <keyed/dds/Factories.hpp>
 #include <plex/dds/DdsPlex.hpp>
 
 #include <memory>

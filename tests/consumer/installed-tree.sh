@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Installs the project, moves the tree, and builds against it, as projects of their own: the README's first program, a
-# binding of another module with a program that uses it, and (configured only) the examples.
+# committed binding of another module with a program that uses it, and (configured only) the examples.
 set -euo pipefail
 
 . "$(dirname -- "${BASH_SOURCE[0]}")/installed.sh" # sets `project`, `libraries`, `work`

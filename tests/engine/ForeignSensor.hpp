@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace plex::test
@@ -27,9 +28,9 @@ public:
 
     bool hasKey() const override { return true; }
 
-    std::string getName() const override { return name_; }
+    std::string_view getName() const override { return name_; }
 
-    void setName(const std::string& name) override { name_ = name; }
+    void setName(std::string_view name) override { name_ = name; }
 
     double getValue() const override { return value_; }
 

@@ -3,7 +3,7 @@
 #include "KeyedTest.hpp"
 
 #include <generated/vexstubif/AltAzPubSubType.hpp>
-#include <keyed/ChannelAdapter.hpp>
+#include <keyed/dds/ChannelAdapter.hpp>
 #include <plex/module/TopicAdapter.hpp>
 
 #include <array>
@@ -21,6 +21,8 @@ static_assert(ovra::plex::ps::TopicAdapter<impl::Channel, keyed::Channel>);
 
 namespace
 {
+
+constexpr std::size_t longestName = 64; ///< in characters
 
 using Hash = std::array<unsigned, 16>;
 
@@ -91,9 +93,9 @@ TEST(KeyedModuleTest, ShortKeyIsItsOwnHashUnlessAskedOtherwise)
 
 TEST(KeyedModuleTest, OverlongKeyHasNoHash)
 {
-    auto longest = wireSensor(std::string(wire::Sensor::maxNameLength, 'x'));
+    auto longest = wireSensor(std::string(longestName, 'x'));
     keyHash<wire::SensorPubSubType>(longest);
-    auto overlong = wireSensor(std::string(wire::Sensor::maxNameLength + 1, 'x'));
+    auto overlong = wireSensor(std::string(longestName + 1, 'x'));
     InstanceHandle_t handle;
     EXPECT_FALSE(wire::SensorPubSubType().getKey(&overlong, &handle));
     EXPECT_FALSE(handle.isDefined());
@@ -104,7 +106,7 @@ TEST(KeyedModuleTest, PayloadOfEitherRepresentationIsDecoded)
     wire::SensorPubSubType type;
     for (const auto representation : {eprosima::fastdds::dds::XCDR_DATA_REPRESENTATION,
                                       eprosima::fastdds::dds::XCDR2_DATA_REPRESENTATION}) {
-        auto sent = wireSensor(std::string(wire::Sensor::maxNameLength, 'x'), 7.5);
+        auto sent = wireSensor(std::string(longestName, 'x'), 7.5);
         SerializedPayload_t payload(type.m_typeSize);
         ASSERT_TRUE(type.serialize(&sent, &payload, representation));
         EXPECT_EQ(payload.length, type.getSerializedSizeProvider(&sent, representation)());
@@ -164,9 +166,10 @@ TEST_F(LoadedModuleTest, ValueWithAnOverlongKeyIsNotPublished)
 {
     const auto publisher = sensorPublisher();
     const auto subscriber = sensorSubscriber();
-    const std::string overlong(wire::Sensor::maxNameLength + 1, 'x');
-    EXPECT_THROW(publish(*publisher, overlong), PlexException);
-    EXPECT_THROW(publisher->createInstancePublisher(*sensor(overlong)), PlexException);
+    impl::Sensor overlong;
+    overlong.wire().name(std::string(longestName + 1, 'x')); // past the setter, which refuses it
+    EXPECT_THROW(publisher->publish(overlong, 0ms), PlexException);
+    EXPECT_THROW(publisher->createInstancePublisher(overlong), PlexException);
     EXPECT_THAT(subscriber->read(0), testing::IsEmpty());
 }
 

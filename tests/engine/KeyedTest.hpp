@@ -3,8 +3,8 @@
 
 #include "CallbackTest.hpp"
 
-#include <keyed/Factories.hpp>
-#include <keyed/SensorAdapter.hpp>
+#include <keyed/dds/Factories.hpp>
+#include <keyed/dds/SensorAdapter.hpp>
 
 #include <fastdds/dds/publisher/DataWriter.hpp>
 #include <fastdds/dds/publisher/Publisher.hpp>
@@ -80,7 +80,7 @@ protected:
 
     static SensorFilter any() { return SensorFilter(InstanceState::Any); }
 
-    static Reading reading(const Sensor& value) { return {value.getName(), value.getValue()}; }
+    static Reading reading(const Sensor& value) { return {std::string(value.getName()), value.getValue()}; }
 
     static std::vector<Reading> readings(const std::vector<std::shared_ptr<Sensor>>& values)
     {

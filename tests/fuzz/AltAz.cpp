@@ -12,6 +12,7 @@ namespace
 
 struct AltAz {
     using PubSubType = generated::dds_::vexstubif::AltAzPubSubType;
+    static constexpr bool mayGoOn = true;
 
     static Members membersOf(const PubSubType::type& value)
     {

@@ -81,6 +81,10 @@ public:
 
     bool atEnd() const { return position_ == body_.size(); }
 
+    std::size_t position() const { return position_; }
+
+    std::size_t end() const { return body_.size(); }
+
     /// Lets the body end so many bytes further on. @returns whether it reaches that far.
     bool endAfter(std::uint64_t bytes)
     {
@@ -108,7 +112,7 @@ public:
         return std::bit_cast<Number>(raw);
     }
 
-    /// Its length stands before it and counts a NUL behind it; senders that leave that out are understood.
+    /// Its length stands before it and counts the NUL that ends it; some leave that out of empty ones.
     std::optional<std::string> nextText()
     {
         const auto length = next<std::uint32_t>();
@@ -118,9 +122,13 @@ public:
         const auto first = body_.begin() + static_cast<std::ptrdiff_t>(position_);
         std::string text(first, first + static_cast<std::ptrdiff_t>(*length));
         position_ += *length;
-        if (!text.empty() && text.back() == '\0') {
-            text.pop_back();
+        if (text.empty()) {
+            return text;
         }
+        if (text.back() != '\0') {
+            return std::nullopt;
+        }
+        text.pop_back();
         return text;
     }
 
@@ -152,7 +160,8 @@ private:
 
 /// The members that a payload means, or nothing where it is to be refused.
 /// @param defaults the type's members; those that a delimited payload lacks stay as they are.
-inline std::optional<Members> decode(std::span<const std::uint8_t> payload, Members defaults)
+/// @param mayGoOn whether anything may follow the value in version 2, too, not just up to 3 bytes.
+inline std::optional<Members> decode(std::span<const std::uint8_t> payload, Members defaults, bool mayGoOn)
 {
     const auto encoding = Encoding::of(payload);
     if (!encoding) {
@@ -172,6 +181,10 @@ inline std::optional<Members> decode(std::span<const std::uint8_t> payload, Memb
         if (!reader.read(member)) {
             return std::nullopt;
         }
+    }
+    const std::size_t end = encapsulationBytes + (encoding->delimited ? reader.end() : reader.position());
+    if (encoding->version2 && !mayGoOn && payload.size() - end > 3) {
+        return std::nullopt;
     }
     return defaults;
 }

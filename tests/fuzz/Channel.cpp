@@ -2,7 +2,7 @@
 #include "PayloadTarget.hpp"
 #include "Target.hpp"
 
-#include <keyed/ChannelDds.hpp>
+#include <keyed/dds/ChannelPubSubType.hpp>
 
 namespace plex::fuzz
 {
@@ -12,6 +12,7 @@ namespace
 
 struct Channel {
     using PubSubType = generated::dds_::keyed::ChannelPubSubType;
+    static constexpr bool mayGoOn = true;
 
     static Members membersOf(const PubSubType::type& value)
     {

@@ -12,6 +12,7 @@ namespace
 
 struct DomeTemperature {
     using PubSubType = generated::dds_::vexstubif::DomeTemperaturePubSubType;
+    static constexpr bool mayGoOn = true;
 
     static Members membersOf(const PubSubType::type& value) { return {member(value.temp())}; }
 

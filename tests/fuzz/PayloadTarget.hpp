@@ -43,7 +43,7 @@ public:
 /// Gives bytes to a topic data type as a payload and checks what it makes of them.
 ///
 /// A trait says `PubSubType`, `membersOf(value)` and `valid(members)`, the bounds that a type has beyond the
-/// encoding.
+/// encoding, and `mayGoOn`, whether anything may follow a value, as it may those of numbers only.
 template <class Trait>
 class PayloadTarget
 {
@@ -68,7 +68,7 @@ public:
 private:
     static std::optional<Members> expectedMembers(std::span<const std::uint8_t> input)
     {
-        auto members = decode(input, Trait::membersOf(Value()));
+        auto members = decode(input, Trait::membersOf(Value()), Trait::mayGoOn);
         return members && Trait::valid(*members) ? members : std::nullopt;
     }
 

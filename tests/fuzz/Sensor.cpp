@@ -2,7 +2,7 @@
 #include "PayloadTarget.hpp"
 #include "Target.hpp"
 
-#include <keyed/SensorDds.hpp>
+#include <keyed/dds/SensorPubSubType.hpp>
 
 namespace plex::fuzz
 {
@@ -12,6 +12,7 @@ namespace
 
 struct Sensor {
     using PubSubType = generated::dds_::keyed::SensorPubSubType;
+    static constexpr bool mayGoOn = false;
 
     static Members membersOf(const PubSubType::type& value)
     {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The module vexstubif is what plex-idl makes of its definition.
+// What is committed of modules is what plex-idl makes of their definitions.
 #include "Program.hpp"
 
 #include <gmock/gmock.h>
@@ -53,20 +53,39 @@ void expectSame(const Texts& committed, const Texts& generated)
     }
 }
 
-TEST(CommittedFiles, AreWhatTheGeneratorMakesOnceTheyAreFormatted)
+/// Where the parts of a module are committed, below the project.
+struct CommittedModule {
+    fs::path definition;
+    fs::path include;
+    fs::path src;
+    fs::path dds;
+};
+
+void expectFresh(const CommittedModule& module)
 {
     const fs::path project(PLEX_TEST_PROJECT);
     const WorkDirectory work;
-    const Outcome outcome =
-        plexIdl({project / "generated/vexstubif/vexstubif.idl", "-o", work.path(), "-Werror"});
+    const Outcome outcome = plexIdl({project / module.definition, "-o", work.path(), "-Werror"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
     fs::remove(work.path() / "dds/shard0.cpp"); // the project's build puts sources together in its own way
     fs::remove(work.path() / "src/shard0.cpp");
     format(work.path());
-    expectSame(sourcesIn(project / "generated/vexstubif"), sourcesIn(work.path() / "dds"));
-    expectSame(sourcesIn(project / "platform/plex-icd-vexstubif/include"),
-               sourcesIn(work.path() / "include"));
-    expectSame(sourcesIn(project / "platform/plex-icd-vexstubif/src"), sourcesIn(work.path() / "src"));
+    expectSame(sourcesIn(project / module.include), sourcesIn(work.path() / "include"));
+    expectSame(sourcesIn(project / module.src), sourcesIn(work.path() / "src"));
+    expectSame(sourcesIn(project / module.dds), sourcesIn(work.path() / "dds"));
+}
+
+TEST(CommittedFiles, AreWhatTheGeneratorMakesOnceTheyAreFormatted)
+{
+    const fs::path platform("platform/plex-icd-vexstubif");
+    expectFresh(
+        {"generated/vexstubif/vexstubif.idl", platform / "include", platform / "src", "generated/vexstubif"});
+}
+
+TEST(CommittedFiles, OfTheTestsAreWhatTheGeneratorMakesOnceTheyAreFormatted)
+{
+    const fs::path keyed("tests/support/keyed");
+    expectFresh({keyed / "keyed.idl", keyed / "include", keyed / "src", keyed / "dds"});
 }
 
 } // namespace

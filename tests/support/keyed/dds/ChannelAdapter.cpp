@@ -3,6 +3,8 @@
 
 #include <plex/ps/DataEntities.hpp>
 
+#include <utility>
+
 namespace generated::ddsimpl::keyed
 {
 
@@ -10,11 +12,22 @@ using ovra::plex::icd::dds::createSample;
 using ovra::plex::icd::dds::ddsSampleDeleter;
 using ovra::plex::icd::dds::noOpDeleter;
 
-Channel::Channel() : sample_(createSample<DdsType>(), ddsSampleDeleter<DdsType>) {}
+Channel::Channel() : Channel(SamplePointer(createSample<DdsType>(), ddsSampleDeleter<DdsType>)) {}
 
-Channel::Channel(const DdsType& source) : sample_(createSample<DdsType>(source), ddsSampleDeleter<DdsType>) {}
+Channel::Channel(const DdsType& source)
+    : Channel(SamplePointer(createSample<DdsType>(source), ddsSampleDeleter<DdsType>))
+{
+}
 
-Channel::Channel(DdsType& borrowed, ovra::plex::icd::dds::Borrow) : sample_(&borrowed, noOpDeleter<DdsType>)
+Channel::Channel(DdsType& borrowed, ovra::plex::icd::dds::Borrow /*tag*/)
+    : Channel(SamplePointer(&borrowed, noOpDeleter<DdsType>))
+{
+}
+
+Channel::Channel(SamplePointer sample)
+    : sample_(std::move(sample))
+    , number_(sample_->number())
+    , level_(sample_->level())
 {
 }
 
@@ -27,15 +40,15 @@ std::unique_ptr<::keyed::Channel> Channel::clone() const
 
 bool Channel::keyEquals(const ::keyed::Channel& other) const
 {
-    auto logger = log4cplus::Logger::getInstance("keyedChannel");
-    return wire().number() ==
-           ovra::plex::ps::obtainImpl<::keyed::Channel, Channel>(other, logger).wire().number();
+    auto logger = log4cplus::Logger::getInstance("keyed_Channel");
+    const auto& key = ovra::plex::ps::obtainImpl<::keyed::Channel, Channel>(other, logger);
+    return number_ == key.number_;
 }
 
 std::unique_ptr<::keyed::Channel> Channel::cloneKey() const
 {
     auto key = std::make_unique<Channel>();
-    key->wire().number(wire().number());
+    key->number_ = number_;
     return key;
 }
 
@@ -46,27 +59,28 @@ bool Channel::hasKey() const
 
 std::int32_t Channel::getNumber() const
 {
-    return wire().number();
+    return number_;
 }
 
 void Channel::setNumber(std::int32_t number)
 {
-    wire().number(number);
+    number_ = number;
 }
 
 double Channel::getLevel() const
 {
-    return wire().level();
+    return level_;
 }
 
 void Channel::setLevel(double level)
 {
-    wire().level(level);
+    level_ = level;
 }
 
 void Channel::assign(const DdsType& source)
 {
-    wire() = source;
+    number_ = source.number();
+    level_ = source.level();
 }
 
 void Channel::copy(const ::keyed::Channel& from, ::keyed::Channel& to)

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Channel.hpp"
-#include "Sensor.hpp"
+#include <keyed/Channel.hpp>
 
 namespace keyed
 {
-
-Sensor::~Sensor() = default;
 
 Channel::~Channel() = default;
 

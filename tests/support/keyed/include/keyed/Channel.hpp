@@ -11,6 +11,7 @@ namespace keyed
 
 /// The level of one of many channels, which its number tells apart. The key is short enough to be its own
 /// hash.
+/// The key is made of number.
 class PLEX_EXPORT Channel : public ovra::plex::ps::DataEntity<Channel>
 {
 public:
