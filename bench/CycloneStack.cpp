@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Position.h"
 #include "Stack.hpp"
+#include "vexstubif.h"
 
 #include <dds/dds.h>
 #include <stdexcept>
@@ -55,7 +55,7 @@ Qos makeQos(bool reliable)
 
 Entity makeTopic(const Entity& participant, const std::string& name)
 {
-    return {dds_create_topic(participant.get(), &bench_Position_desc, name.c_str(), nullptr, nullptr),
+    return {dds_create_topic(participant.get(), &vexstubif_AltAz_desc, name.c_str(), nullptr, nullptr),
             "topic"};
 }
 
@@ -70,7 +70,7 @@ public:
 
     bool send(const Horizontal& value) override
     {
-        const bench_Position position{value.alt, value.az};
+        const vexstubif_AltAz position{value.alt, value.az};
         return dds_write(writer_.get(), &position) == DDS_RETCODE_OK;
     }
 
@@ -97,7 +97,7 @@ private:
     static void onData(dds_entity_t reader, void* argument)
     {
         const Handler& handler = *static_cast<const Handler*>(argument);
-        bench_Position position{};
+        vexstubif_AltAz position{};
         void* sample = &position;
         dds_sample_info_t info;
         while (dds_take(reader, &sample, &info, 1, 1) == 1) {
