@@ -31,5 +31,6 @@ configure_package_config_file(cmake/plex-config.cmake.in ${PROJECT_BINARY_DIR}/p
                               INSTALL_DESTINATION ${packageDir} PATH_VARS CMAKE_INSTALL_DATADIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/plex-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/plex-config.cmake ${PROJECT_BINARY_DIR}/plex-config-version.cmake
-              cmake/PlexModule.cmake cmake/PlexModuleCheck.cmake cmake/plex-module-config.cmake.in
+              cmake/PlexModule.cmake cmake/PlexModuleCheck.cmake cmake/PlexModuleLinks.cmake
+              cmake/plex-module-config.cmake.in
         DESTINATION ${packageDir})

@@ -2,14 +2,14 @@
 # Interface modules from their definitions.
 #
 # plex_add_module(NAME IDL FILE… [INCLUDE DIRECTORY…] [DEFINE NAME[=VALUE]…] [MODULES NAME…]
-#                 [EXTENSIBILITY final|appendable|mutable] [TOPICS auto|annotated|all] [TYPE_NAME PATTERN]
+#                 [EXTENSIBILITY final|appendable|mutable] [TOPICS auto|annotated|all|none] [TYPE_NAME PATTERN]
 #                 [ENUM_DELIMITERS none|standard] [KEY_HASH xcdr1|xcdr2] [SHARDS N] [OUTPUT_DIRECTORY DIRECTORY])
 #
 # makes two libraries: plex::icd-NAME, the value types (C++17), which applications link, and plex::dds-NAME, their binding
-# to DDS, which the transport opens by its name. NAME is the module's, a_b for a::b. MODULES are those whose definitions
-# the files include, made by this function too, here or in a package that was found. Sources lie in OUTPUT_DIRECTORY
-# (default: NAME in the build directory); the binding is compiled in as many pieces as SHARDS says (default: one for
-# every four structures of the files).
+# to DDS, which the transport opens by its name. NAME is the module's, a_b for a::b; topics of other modules in the files are
+# found by links beside the binding. MODULES are those whose definitions the files include, made by this function too,
+# here or in a package that was found. Sources lie in OUTPUT_DIRECTORY (default: NAME in the build directory); the
+# binding is compiled in as many pieces as SHARDS says (default: one for every four structures of the files).
 #
 # plex_install_module(NAME) installs the headers, the libraries and the definitions, and a package plex-NAME, by which
 # other projects find the module. Its version is the project's.
@@ -54,8 +54,8 @@ function(plex_check_module_arguments name)
     if(DEFINED arg_EXTENSIBILITY AND NOT arg_EXTENSIBILITY MATCHES "^(final|appendable|mutable)$")
         message(FATAL_ERROR "${call}: EXTENSIBILITY is final, appendable or mutable, not \"${arg_EXTENSIBILITY}\"")
     endif()
-    if(DEFINED arg_TOPICS AND NOT arg_TOPICS MATCHES "^(auto|annotated|all)$")
-        message(FATAL_ERROR "${call}: TOPICS is auto, annotated or all, not \"${arg_TOPICS}\"")
+    if(DEFINED arg_TOPICS AND NOT arg_TOPICS MATCHES "^(auto|annotated|all|none)$")
+        message(FATAL_ERROR "${call}: TOPICS is auto, annotated, all or none, not \"${arg_TOPICS}\"")
     endif()
     if(DEFINED arg_ENUM_DELIMITERS AND NOT arg_ENUM_DELIMITERS MATCHES "^(none|standard)$")
         message(FATAL_ERROR "${call}: ENUM_DELIMITERS is none or standard, not \"${arg_ENUM_DELIMITERS}\"")
@@ -174,8 +174,16 @@ function(plex_add_module name)
             list(APPEND arguments --${option} ${arg_${argument}})
         endif()
     endforeach()
-    set(check ${CMAKE_COMMAND} -D MODULE=${name} -D OUTPUT=${output}
-        -P ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/PlexModuleCheck.cmake --)
+    set(others)
+    foreach(module IN LISTS arg_MODULES)
+        get_target_property(ofModule plex::icd-${module} PLEX_OUTPUT_DIRECTORY)
+        if(ofModule)
+            list(APPEND others ${ofModule})
+        endif()
+    endforeach()
+    list(JOIN others "|" others)
+    set(check ${CMAKE_COMMAND} -D MODULE=${name} -D OUTPUT=${output} -D "OTHERS=${others}"
+        -P ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/PlexModuleCheck.cmake)
 
     # Ninja looks at files before it runs anything. So that it compiles again what includes a header that is written anew
     # it has to know that the header is: which ones there are is in a list that the check writes. Where the generator is
@@ -184,7 +192,7 @@ function(plex_add_module name)
     if(generatorNow AND NOT EXISTS ${list})
         execute_process(COMMAND ${generatorNow} ${arguments} RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
         if(result EQUAL 0)
-            execute_process(COMMAND ${check} ${generatorNow} ${arguments} OUTPUT_QUIET ERROR_QUIET)
+            execute_process(COMMAND ${check} OUTPUT_QUIET ERROR_QUIET)
         endif()
     endif()
     if(NOT EXISTS ${list})
@@ -202,13 +210,18 @@ function(plex_add_module name)
         OUTPUT ${shards} ${output}/src/shard0.cpp
         BYPRODUCTS ${headers}
         COMMAND ${generator} ${arguments}
-        COMMAND ${check} ${generator} ${arguments}
+        COMMAND ${check}
         DEPENDS ${definitions} ${generatorDependency}
         DEPFILE ${output}/${name}.d
         COMMENT "Generating the module ${name}"
         VERBATIM)
     # Two libraries are made of what one command writes.
     add_custom_target(plex-generate-${name} DEPENDS ${shards} ${output}/src/shard0.cpp)
+    foreach(module IN LISTS arg_MODULES)
+        if(TARGET plex-generate-${module}) # whose headers the check looks at
+            add_dependencies(plex-generate-${name} plex-generate-${module})
+        endif()
+    endforeach()
 
     add_library(plex-icd-${name} SHARED ${output}/src/shard0.cpp)
     target_compile_features(plex-icd-${name} PUBLIC cxx_std_17)
@@ -221,6 +234,10 @@ function(plex_add_module name)
 
     add_library(plex-dds-${name} SHARED ${shards})
     target_link_libraries(plex-dds-${name} PUBLIC plex-icd-${name} PRIVATE plex::engine)
+    add_custom_command(TARGET plex-dds-${name} POST_BUILD
+        COMMAND ${CMAKE_COMMAND} -D LIST=${output}/links.txt -D DIRECTORY=$<TARGET_FILE_DIR:plex-dds-${name}>
+            -D LIBRARY=$<TARGET_FILE_NAME:plex-dds-${name}> -P ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/PlexModuleLinks.cmake
+        VERBATIM)
 
     set(searched $ORIGIN ${CMAKE_INSTALL_RPATH})
     foreach(kind IN ITEMS icd dds)
@@ -287,6 +304,11 @@ function(plex_install_module name)
     set(packageDirectory ${CMAKE_INSTALL_LIBDIR}/cmake/${package})
 
     install(TARGETS plex-icd-${name} plex-dds-${name} EXPORT ${package}-targets LIBRARY)
+    install(CODE "
+        set(LIST ${output}/links.txt)
+        set(DIRECTORY \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR})
+        set(LIBRARY $<TARGET_FILE_NAME:plex-dds-${name}>)
+        include(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/PlexModuleLinks.cmake)")
     install(DIRECTORY ${output}/include/ TYPE INCLUDE FILES_MATCHING PATTERN *.hpp)
     plex_install_definitions(${name} ${CMAKE_INSTALL_DATADIR}/plex/idl/${name} PLEX_IDL_DIRECTORIES)
     install(EXPORT ${package}-targets NAMESPACE plex:: DESTINATION ${packageDirectory})

@@ -1,34 +1,42 @@
 # SPDX-License-Identifier: Apache-2.0
-# Run when a module was generated: cmake -D MODULE=… -D OUTPUT=… -P … -- GENERATOR ARGUMENT…. Its topics must be in the C++
-# namespace by which the transport finds its library. Writes the list of its headers.
+# Run when a module was generated: cmake -D MODULE=… -D OUTPUT=… -D OTHERS=… -P …, with the output directories of the modules
+# that it uses, | between them. Some of its topics must be in the C++ namespace by which the transport finds its library, or
+# within that. Writes the lists of its headers, and of the modules for which links to the library are made.
 
-set(command)
-foreach(i RANGE ${CMAKE_ARGC})
-    if(DEFINED isCommand AND i LESS CMAKE_ARGC)
-        list(APPEND command ${CMAKE_ARGV${i}})
-    elseif("${CMAKE_ARGV${i}}" STREQUAL "--")
-        set(isCommand TRUE)
+# write_if_other(FILE TEXT): leaves a file alone that has the text.
+function(write_if_other file text)
+    set(written)
+    if(EXISTS ${file})
+        file(READ ${file} written)
     endif()
-endforeach()
+    if(NOT EXISTS ${file} OR NOT written STREQUAL text)
+        file(WRITE ${file} "${text}")
+    endif()
+endfunction()
 
-execute_process(COMMAND ${command} --list OUTPUT_VARIABLE verdicts ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX MATCHALL "topic  [^ ]+" topics "${verdicts}")
-foreach(topic IN LISTS topics)
-    string(REGEX REPLACE "^topic  (.+)::([^:]+)$" "\\1" scope "${topic}")
-    string(REPLACE "::" "_" module "${scope}")
-    if(NOT module STREQUAL MODULE)
-        string(REPLACE "topic  " "" topic "${topic}")
-        message(FATAL_ERROR "plex_add_module(${MODULE}): the topic ${topic} is of the module ${scope}, whose library has "
-                            "another name; call plex_add_module(${module} …) for it")
-    endif()
-endforeach()
+file(STRINGS ${OUTPUT}/dds/modules.txt modules)
+set(own "${modules}")
+list(FILTER own INCLUDE REGEX "^${MODULE}(_|$)")
+if(modules AND NOT own)
+    list(GET modules 0 module)
+    message(FATAL_ERROR "plex_add_module(${MODULE}): the topics are of the module ${module}, whose library has another name; "
+                        "call plex_add_module(${module} …) for them")
+endif()
+list(REMOVE_ITEM modules ${MODULE})
+list(JOIN modules "\n" text)
+write_if_other(${OUTPUT}/links.txt "${text}")
 
 file(GLOB_RECURSE headers ${OUTPUT}/include/*.hpp)
 list(JOIN headers "\n" text)
-set(written)
-if(EXISTS ${OUTPUT}/headers.txt)
-    file(READ ${OUTPUT}/headers.txt written)
-endif()
-if(NOT written STREQUAL "${text}\n")
-    file(WRITE ${OUTPUT}/headers.txt "${text}\n")
-endif()
+write_if_other(${OUTPUT}/headers.txt "${text}\n")
+
+string(REPLACE "|" ";" others "${OTHERS}")
+foreach(header IN LISTS headers)
+    cmake_path(RELATIVE_PATH header BASE_DIRECTORY ${OUTPUT}/include OUTPUT_VARIABLE name)
+    foreach(other IN LISTS others)
+        if(EXISTS ${other}/include/${name})
+            message(FATAL_ERROR "plex_add_module(${MODULE}): there is a header <${name}> of another module, too, in ${other}; "
+                                "put the definitions of both into one call, which may have topics of several modules")
+        endif()
+    endforeach()
+endforeach()

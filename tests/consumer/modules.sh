@@ -170,7 +170,7 @@ refused 'there is a module of that name already; all its files belong into one c
     'plex_add_module(good IDL good.idl)' 'plex_add_module(good IDL two.idl)'
 refused 'letters, digits and underscores; that of a::b is a_b' 'plex_add_module(a::b IDL good.idl)'
 refused 'EXTENSIBILITY is final, appendable or mutable, not "open"' 'plex_add_module(good IDL good.idl EXTENSIBILITY open)'
-refused 'TOPICS is auto, annotated or all, not "some"' 'plex_add_module(good IDL good.idl TOPICS some)'
+refused 'TOPICS is auto, annotated, all or none, not "some"' 'plex_add_module(good IDL good.idl TOPICS some)'
 refused 'SHARDS is a number from 1 to 1000, not "0"' 'plex_add_module(good IDL good.idl SHARDS 0)'
 refused 'plex_install_module(good): there is no module "good" of this project; plex_add_module(good …) comes first' \
     'plex_install_module(good)'
@@ -180,9 +180,11 @@ refused 'two definitions would be installed as good.idl' \
 refused 'PLEX_IDL is "/not/there", and no such program is there' 'set(PLEX_IDL /not/there)' 'plex_add_module(good IDL good.idl)'
 fails 'bad.idl:3:22: error: ";" is missing' 'plex_add_module(bad IDL bad.idl)'
 fails 'there is no topic' 'plex_add_module(good IDL good.idl TOPICS annotated)'
-fails 'plex_add_module(well): the topic good::T is of the module good, whose library has another name; call
-plex_add_module(good …) for it' 'plex_add_module(well IDL good.idl)'
-fails '"two::U" and "one::T" are topics of two modules' 'plex_add_module(one IDL two.idl)'
+fails 'plex_add_module(well): the topics are of the module good, whose library has another name; call
+plex_add_module(good …) for them' 'plex_add_module(well IDL good.idl)'
+fails 'plex_add_module(one_inner): there is a header <one/Values.hpp> of another module, too' \
+    'plex_add_module(one IDL one.idl TOPICS none)
+plex_add_module(one_inner IDL inner.idl MODULES one)'
 
 # --- For another machine ----------------------------------------------------------------------------------------------
 

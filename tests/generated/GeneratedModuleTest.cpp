@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 #include <weather/Report.hpp>
+#include <weather/log/Entry.hpp>
 
 namespace plex::test
 {
@@ -42,6 +43,26 @@ TEST(GeneratedModule, IsFoundByTheTransportAndExchangesItsTopics)
     EXPECT_EQ(first.getWind()[1], 2.5F);
     EXPECT_EQ(first.getNote(), "calm");
     EXPECT_TRUE(first.keyEquals(*report));
+}
+
+TEST(GeneratedModule, ExchangesTopicsOfAModuleWithinIt)
+{
+    using weather::log::Entry;
+    const auto plex = ovra::plex::Plex::create({{"dds.module.path", PLEX_TEST_MODULE_DIRECTORY}});
+    const auto subscriber = plex->createSubscriber<Entry>(testUri());
+    const auto publisher = plex->createPublisher<Entry>(testUri());
+    const auto entry = publisher->createDataEntity();
+    entry->setLevel(common::Level::LOUD);
+    entry->setText("thunder");
+    publisher->publish(*entry, std::chrono::milliseconds(0));
+
+    std::vector<std::shared_ptr<Entry>> received;
+    ASSERT_TRUE(waitFor([&] {
+        received = subscriber->read(0);
+        return !received.empty();
+    }));
+    EXPECT_EQ(received.front()->getText(), "thunder");
+    EXPECT_TRUE(received.front()->keyEquals(*entry));
 }
 
 } // namespace

@@ -411,14 +411,35 @@ TEST(Refusals, AreOfTopicsThatNoClassCanBeMadeFor)
                 ElementsAre("1:19: a topic can not be called \"clone\""));
 }
 
-TEST(Refusals, AreOfTopicsOfTwoModules)
+TEST(Modules, MayBeSeveral)
 {
-    EXPECT_THAT(
-        refusals("module a { struct S { long l; }; module b { struct T { long l; }; }; };"),
-        ElementsAre("1:52: \"a::b::T\" and \"a::S\" are topics of two modules, \"a::b\" and \"a\", and each "
-                    "module has a library of its own"));
-    EXPECT_THAT(warnings("module a { struct S { long l; }; module b { struct T { S s; }; }; };"),
-                ElementsAre());
+    const std::string definition = "module a { struct S { long l; }; module b { struct T { long l; }; }; };"
+                                   "module c { struct S { long l; }; };";
+    EXPECT_EQ(generated("dds/modules.txt", definition), "a\na_b\nc\n");
+    EXPECT_THAT(generated("include/a/S.hpp", definition), HasSubstr("namespace a\n"));
+    EXPECT_THAT(generated("include/a/b/T.hpp", definition), HasSubstr("namespace a::b\n"));
+    EXPECT_THAT(generated("include/c/S.hpp", definition), HasSubstr("namespace c\n"));
+    EXPECT_THAT(generated("dds/shard0.cpp", definition), HasSubstr("#include \"SFactories.cpp\""));
+    EXPECT_THAT(generated("dds/shard0.cpp", definition), HasSubstr("#include \"b/TFactories.cpp\""));
+    EXPECT_THAT(generated("dds/shard0.cpp", definition), HasSubstr("#include \"c/SFactories.cpp\""));
+}
+
+TEST(Modules, AreLookedUpByTheirNamesInCpp)
+{
+    const std::string definition = "module a { module std { struct class { long l; }; }; };";
+    EXPECT_EQ(generated("dds/modules.txt", definition), "a_std_\n");
+    EXPECT_THAT(generated("dds/std/Factories.hpp", definition),
+                HasSubstr("generated_dds_DataEntity_a_std__class_()"));
+}
+
+TEST(Modules, MayHaveTypesForOthersOnly)
+{
+    GenerateOptions options;
+    options.topics = TopicSelection::None;
+    const std::string definition = "module a { struct S { long l; }; enum E { A }; };";
+    EXPECT_EQ(generated("dds/modules.txt", definition, options), "");
+    EXPECT_THAT(generated("include/a/Values.hpp", definition, options), HasSubstr("using values::S;"));
+    EXPECT_THAT(generated("dds/shard0.cpp", definition, options), Not(HasSubstr("#include")));
 }
 
 TEST(Warnings, AreOfTryConstructWhichHasNoEffect)

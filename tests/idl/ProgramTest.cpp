@@ -95,12 +95,13 @@ TEST_F(Program, SaysNothingOfWhatIsRight)
 
 TEST_F(Program, HasNothingAgainstFilesWithoutTopicsUnlessItIsToGenerate)
 {
+    const std::string end = "; or choose --topics none for types that are there for others";
     const std::vector<std::pair<std::string, std::string>> cases{
-        {"", "define a struct: it is a topic where nothing contains it"},
+        {"", "define a struct: it is a topic where nothing contains it" + end},
         {"module m { const long C = 1; enum E { A }; };",
-         "define a struct: it is a topic where nothing contains it"},
+         "define a struct: it is a topic where nothing contains it" + end},
         {"module m { @nested struct S { long l; }; };",
-         "annotate a struct with @topic; --list says why one is none"}};
+         "annotate a struct with @topic, --list says why one is none" + end}};
     for (const auto& [text, hint] : cases) {
         const std::string file = write("a.idl", text);
         const Outcome check = plexIdl({file, "--check", "-Werror"});
@@ -110,6 +111,8 @@ TEST_F(Program, HasNothingAgainstFilesWithoutTopicsUnlessItIsToGenerate)
         EXPECT_EQ(outcome.exitCode, 1) << text;
         EXPECT_EQ(outcome.errors, file + ": error: there is no topic\nhint: " + hint + "\n");
         EXPECT_FALSE(fs::exists(work() / "output"));
+        EXPECT_EQ(plexIdl({file, "-o", work() / "parts", "--topics", "none"}).exitCode, 0) << text;
+        EXPECT_EQ(textOf(work() / "parts/dds/modules.txt"), "");
     }
 }
 
@@ -205,11 +208,11 @@ TEST_F(Program, WritesTheSourceFilesOfATopic)
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.output + outcome.errors, "");
     EXPECT_EQ(filesIn(output),
-              (std::vector<std::string>{"dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp",
-                                        "dds/ACdr.cpp", "dds/ACdr.hpp", "dds/ADescription.cpp",
-                                        "dds/AFactories.cpp", "dds/APubSubType.cpp", "dds/APubSubType.hpp",
-                                        "dds/Factories.hpp", "dds/shard0.cpp", "include/m/A.hpp",
-                                        "include/m/Values.hpp", "src/A.cpp", "src/shard0.cpp"}));
+              (std::vector<std::string>{
+                  "dds/A.cpp", "dds/A.hpp", "dds/AAdapter.cpp", "dds/AAdapter.hpp", "dds/ACdr.cpp",
+                  "dds/ACdr.hpp", "dds/ADescription.cpp", "dds/AFactories.cpp", "dds/APubSubType.cpp",
+                  "dds/APubSubType.hpp", "dds/Factories.hpp", "dds/modules.txt", "dds/shard0.cpp",
+                  "include/m/A.hpp", "include/m/Values.hpp", "src/A.cpp", "src/shard0.cpp"}));
 }
 
 TEST_F(Program, LeavesAFileThatDoesNotChangeAsItIs)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Emitters.hpp"
 #include "Hash.hpp"
+#include "Names.hpp"
 #include "Values.hpp"
 
 #include <plex/idl/Generate.hpp>
@@ -87,6 +88,20 @@ void addShards(Files& files, const std::vector<TopicPlan>& topics, unsigned coun
     files.push_back({"src/shard0.cpp", including(values, checksum)});
 }
 
+/// By whose names the binding is looked up: one a line.
+std::string modulesText(const std::vector<TopicPlan>& topics)
+{
+    std::set<std::string> modules;
+    for (const TopicPlan& topic : topics) {
+        modules.insert(symbolOf(*topic.type->module));
+    }
+    std::string text;
+    for (const std::string& module : modules) {
+        text += module + "\n";
+    }
+    return text;
+}
+
 void refuseTwoOfOnePath(const Files& files, Diagnostics& diagnostics)
 {
     std::set<std::string> paths;
@@ -123,6 +138,7 @@ Generation generate(const Model& model, const GenerateOptions& options)
         generation.files.push_back({"dds/ValueFields.hpp", fieldsText(plan)});
     }
     addShards(generation.files, plan.topics, options.shards);
+    generation.files.push_back({"dds/modules.txt", modulesText(plan.topics)});
     refuseTwoOfOnePath(generation.files, generation.diagnostics);
     if (generation.diagnostics.errors() > 0) {
         generation.files.clear();

@@ -101,7 +101,9 @@ std::string namespaceOf(const Module& module)
 
 std::string symbolOf(const Module& module)
 {
-    return joined(modulePath(module), "_");
+    std::vector<std::string> path = modulePath(module);
+    std::ranges::transform(path, path.begin(), namespaceName);
+    return joined(path, "_");
 }
 
 std::string qualifiedName(const NamedType& type)

@@ -27,7 +27,7 @@ std::vector<std::string> modulePath(const Module& module);
 /// "a::b" in C++.
 std::string namespaceOf(const Module& module);
 
-/// "a_b", as it is in symbols and the name of the library.
+/// "a_b", as it is in symbols and the name of the library: of the names in C++, by which both are looked up.
 std::string symbolOf(const Module& module);
 
 /// "::a::b::Name" in C++.

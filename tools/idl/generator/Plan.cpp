@@ -31,13 +31,12 @@ std::string ddsNameOf(const StructType& type, std::string pattern)
     return pattern;
 }
 
-/// The modules around a type without the outermost, as folders.
+/// The modules around a type, as folders.
 std::string folderOf(const StructType& type)
 {
     std::string folder;
-    const auto path = modulePath(*type.module);
-    for (std::size_t i = 1; i < path.size(); ++i) {
-        folder += path[i] + "/";
+    for (const std::string& name : modulePath(*type.module)) {
+        folder += name + "/";
     }
     return folder;
 }
@@ -77,15 +76,20 @@ EncodingRules rulesOf(const GenerateOptions& options)
     return {options.delimitsEnumerations.value_or(false), options.keyVersion.value_or(XcdrVersion::Xcdr1)};
 }
 
-TopicPlan planOfTopic(const Model& model, const StructType& type, const GenerateOptions& options)
+/// @param outermost the module that has no folder below dds/.
+TopicPlan planOfTopic(const Model& model, const StructType& type, const std::string& outermost,
+                      const GenerateOptions& options)
 {
     TopicPlan topic;
     topic.type = &type;
     topic.name = cppName(type.name);
     topic.scope = namespaceOf(*type.module);
-    topic.symbol = symbolOf(*type.module) + "_" + type.name;
+    topic.symbol = symbolOf(*type.module) + "_" + topic.name;
     topic.folder = folderOf(type);
-    topic.header = modulePath(*type.module).front() + "/" + topic.folder + topic.name + ".hpp";
+    topic.header = topic.folder + topic.name + ".hpp";
+    if (topic.folder.starts_with(outermost + "/")) {
+        topic.folder.erase(0, outermost.size() + 1);
+    }
     topic.ddsName = ddsNameOf(type, options.typeName);
     topic.definition = definitionOf(model, {&type});
     topic.rules = rulesOf(options);
@@ -133,21 +137,6 @@ std::vector<const NamedType*> encodedIn(const Model& model, const std::vector<To
     return result;
 }
 
-/// A library is looked for by the module of its topics.
-void requireOneModule(const Plan& plan, Refusals& refusals)
-{
-    if (plan.topics.empty()) {
-        refusals.refuseToDoNothing();
-    }
-    for (const TopicPlan& topic : plan.topics) {
-        const StructType& first = *plan.topics.front().type;
-        if (topic.type->module != first.module) {
-            refusals.refuseTwoModules(*topic.type, first);
-            return;
-        }
-    }
-}
-
 } // namespace
 
 std::vector<const MemberPlan*> TopicPlan::keys() const
@@ -188,13 +177,15 @@ Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& dia
     if (diagnostics.errors() > 0) {
         return plan;
     }
-    for (const StructType* const type : topics(model, options.topics)) {
+    const auto chosen = topics(model, options.topics);
+    for (const StructType* const type : chosen) {
         if (refusals.acceptTopic(*type)) {
-            plan.topics.push_back(planOfTopic(model, *type, options));
+            const std::string outermost = modulePath(*chosen.front()->module).front();
+            plan.topics.push_back(planOfTopic(model, *type, outermost, options));
         }
     }
-    if (!options.definitionsOnly && diagnostics.errors() == 0) {
-        requireOneModule(plan, refusals);
+    if (chosen.empty() && options.topics != TopicSelection::None && !options.definitionsOnly) {
+        refusals.refuseToDoNothing();
     }
     std::ranges::copy_if(model.constants, std::back_inserter(plan.constants),
                          [](const Constant* constant) { return !constant->included; });

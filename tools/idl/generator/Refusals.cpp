@@ -81,26 +81,18 @@ void Refusals::refuseToDoNothing()
     const auto isStruct = [](const NamedType* type) {
         return type->kind == TypeKind::Struct && !type->included;
     };
-    diagnostics_.add({Severity::Error,
-                      model_.files.front().path,
-                      0,
-                      0,
-                      "there is no topic",
-                      std::ranges::any_of(model_.types, isStruct)
-                          ? "annotate a struct with @topic; --list says why one is none"
-                          : "define a struct: it is a topic where nothing contains it",
-                      {}});
-}
-
-void Refusals::refuseTwoModules(const StructType& topic, const StructType& other)
-{
-    refuse(topic.location,
-           "\"" + topic.scopedName + "\" and \"" + other.scopedName + "\" are topics of two modules, \"" +
-               topic.module->scopedName + "\" and \"" + other.module->scopedName +
-               "\", and each module has a library of its own",
-           "put the topics of each module into files of their own, one plex_add_module() for each; or "
-           "annotate those "
-           "that are meant with @topic");
+    diagnostics_.add(
+        {Severity::Error,
+         model_.files.front().path,
+         0,
+         0,
+         "there is no topic",
+         std::ranges::any_of(model_.types, isStruct)
+             ? "annotate a struct with @topic, --list says why one is none; or choose --topics none "
+               "for types that are there for others"
+             : "define a struct: it is a topic where nothing contains it; or choose --topics none "
+               "for types that are there for others",
+         {}});
 }
 
 void Refusals::checkPlace(const NamedType& type)

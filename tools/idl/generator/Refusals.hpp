@@ -25,9 +25,6 @@ public:
     /// Says that there is no topic.
     void refuseToDoNothing();
 
-    /// Says that there are topics of two modules.
-    void refuseTwoModules(const StructType& topic, const StructType& other);
-
 private:
     void refuse(const Location& place, const std::string& message, const std::string& hint);
     void checkPlace(const NamedType& type);

@@ -17,7 +17,8 @@ const std::map<std::string, Extensibility> extensibilities{{"final", Extensibili
 
 const std::map<std::string, TopicSelection> selections{{"auto", TopicSelection::Automatic},
                                                        {"annotated", TopicSelection::Annotated},
-                                                       {"all", TopicSelection::All}};
+                                                       {"all", TopicSelection::All},
+                                                       {"none", TopicSelection::None}};
 
 const std::map<std::string, bool> delimiters{{"none", false}, {"standard", true}};
 
@@ -94,10 +95,10 @@ void addEncoding(CLI::App& app, Words& words)
 
 void addActions(CLI::App& app, Arguments& arguments, Words& words)
 {
-    app.add_option(
-           "--topics", words.topics,
-           "Which structs are topics: annotated, all, or auto, that is those annotated @topic, or where "
-           "none is, those that no other type holds or extends")
+    app.add_option("--topics", words.topics,
+                   "Which structs are topics: annotated, all, none, or auto, that is those annotated @topic, "
+                   "or where "
+                   "none is, those that no other type holds or extends")
         ->check(CLI::IsMember(selections))
         ->type_name("WORD")
         ->capture_default_str();

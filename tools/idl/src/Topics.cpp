@@ -88,6 +88,8 @@ std::vector<TopicVerdict> judgeTopics(const Model& model, TopicSelection selecti
     for (const StructType* const type : structs) {
         if (selection == TopicSelection::All) {
             verdicts.push_back({type, true, "all structs are"});
+        } else if (selection == TopicSelection::None) {
+            verdicts.push_back({type, false, "none is"});
         } else {
             verdicts.push_back(byAnnotation ? judgeByAnnotation(*type) : judgeByUse(*type, users));
         }

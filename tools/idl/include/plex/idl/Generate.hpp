@@ -21,8 +21,7 @@ struct GenerateOptions {
     std::string typeName = "generated::dds_::{module}::{type}";
     /// Over how many source files, which include the others, what is compiled is spread; at least 1.
     unsigned shards = 1;
-    /// Whether to look at the definitions only. Files that others include may have no topic, or topics of
-    /// several modules; neither can be made into one module.
+    /// Whether to look at the definitions only: they may have no topic.
     bool definitionsOnly = false;
     /// See EncodingRules; nothing: false, with a warning where it makes a difference.
     std::optional<bool> delimitsEnumerations;

@@ -15,7 +15,8 @@ enum class TopicSelection : std::uint8_t {
     Automatic, ///< Annotated where a struct of the file is annotated @topic, else all that nothing contains
                ///< or extends
     Annotated, ///< those that are annotated @topic
-    All        ///< every struct
+    All,       ///< every struct
+    None       ///< no struct: the types are for others to use
 };
 
 /// A struct of the file itself, and whether it is a topic.
