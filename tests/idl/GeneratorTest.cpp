@@ -467,6 +467,18 @@ TEST(Refusals, AreOfOptionalPartsOfKeys)
         ElementsAre());
 }
 
+TEST(Refusals, AreOfValuesThatTakeTooMuchMemory)
+{
+    EXPECT_THAT(warnings("module m { struct T { octet a[64][1048576]; }; };"), ElementsAre());
+    EXPECT_THAT(refusals("module m { struct T { octet a[64][1048576]; octet b; }; };"),
+                ElementsAre("1:19: a value of \"m::T\" takes more than 64 MB"));
+    EXPECT_THAT(refusals("module m { struct P { double d[1000]; }; struct Q { P p[1000]; }; "
+                         "struct T { sequence<Q> q; @optional Q o[10]; }; };"),
+                ElementsAre("1:74: a value of \"m::T\" takes more than 64 MB"));
+    EXPECT_THAT(refusals("module m { typedef octet A[65536]; typedef A B[65536]; };"),
+                ElementsAre("1:46: a value of \"m::B\" takes more than 64 MB"));
+}
+
 TEST(Refusals, AreOfTwoMembersWithOneAccessor)
 {
     EXPECT_THAT(refusals("module m { struct T { long a_b; long aB; }; };"),

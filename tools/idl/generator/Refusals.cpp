@@ -3,6 +3,8 @@
 
 #include "Names.hpp"
 
+#include <plex/idl/Encoding.hpp>
+
 #include <algorithm>
 #include <map>
 #include <unordered_set>
@@ -145,6 +147,53 @@ void Refusals::checkRecursion(const NamedType& type)
     }
 }
 
+/// The bytes of a struct's members or the like, of which a value has all in one place.
+std::uint64_t Refusals::sizeOfParts(const Type& type)
+{
+    std::uint64_t size = 0;
+    if (const auto* const array = as<ArrayType>(type)) {
+        const ArrayShape shape(*array);
+        const std::uint64_t element = sizeOf(*shape.element);
+        return shape.count > mostBytes ? mostBytes + 1 : shape.count * element;
+    }
+    if (const auto* const structure = as<StructType>(type)) {
+        for (const Member* const member : allMembers(*structure)) {
+            size = std::min(size + sizeOf(*member->type), mostBytes + 1);
+        }
+    } else if (const auto* const choice = as<UnionType>(type)) {
+        for (const UnionCase& each : choice->cases) {
+            size = std::max(size, sizeOf(*each.type));
+        }
+    }
+    return size;
+}
+
+/// The bytes of a value apart from padding, and from what strings and sequences hold; more than mostBytes
+/// where it has more.
+std::uint64_t Refusals::sizeOf(const Type& declared)
+{
+    const Type& type = resolved(declared);
+    if (const std::uint32_t width = widthOf(type); width != 0) {
+        return width;
+    }
+    const auto [known, isNew] =
+        sizes_.try_emplace(&type, 0); // a type that contains itself is refused elsewhere
+    if (isNew) {
+        const std::uint64_t size = std::min(sizeOfParts(type), mostBytes + 1);
+        sizes_[&type] = size; // the table may have grown
+        return size;
+    }
+    return known->second;
+}
+
+void Refusals::checkSize(const NamedType& type)
+{
+    if (sizeOf(type) > mostBytes) {
+        refuse(type.location, "a value of \"" + type.scopedName + "\" takes more than 64 MB",
+               "use sequences, which take what they hold, instead of arrays");
+    }
+}
+
 /// @param key the member of the topic in which the type is met.
 void Refusals::checkKey(const Type& declared, const Member& key)
 {
@@ -183,6 +232,7 @@ bool Refusals::accept(const NamedType& type)
         checkType(type, type.location);
     }
     checkRecursion(type);
+    checkSize(type);
     return diagnostics_.errors() == before;
 }
 

@@ -5,7 +5,9 @@
 #include <plex/idl/Diagnostics.hpp>
 #include <plex/idl/Model.hpp>
 
+#include <cstdint>
 #include <string>
+#include <unordered_map>
 
 namespace ovra::plex::idl
 {
@@ -33,7 +35,14 @@ private:
     void checkUnion(const UnionType& type);
     void checkType(const Type& type, const Location& place);
     void checkRecursion(const NamedType& type);
+    void checkSize(const NamedType& type);
+    std::uint64_t sizeOf(const Type& declared);
+    std::uint64_t sizeOfParts(const Type& type);
 
+    static constexpr std::uint64_t mostBytes = 64ULL
+                                               << 20U; ///< of a value without what strings and sequences hold
+
+    std::unordered_map<const Type*, std::uint64_t> sizes_;
     const Model& model_;
     Diagnostics& diagnostics_;
 };

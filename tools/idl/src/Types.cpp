@@ -245,9 +245,10 @@ void requireComplete(Context& context, const Type& type, const Location& place)
     if (!context.incomplete.contains(&element)) {
         return;
     }
-    context.reporter.error(place, "\"" + toString(element) + "\" is not complete here",
-                           "a value can not contain itself; use sequence<" + toString(element) +
-                               "> or @optional, or define the type before");
+    context.reporter.error(
+        place, "\"" + toString(element) + "\" is not complete here",
+        "define it before; where it would contain itself, keep the values in a sequence beside "
+        "it, and refer to them by their index");
 }
 
 Declarator readDeclarator(Context& context, const std::string& what, const Type& type)
