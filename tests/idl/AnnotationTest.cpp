@@ -117,6 +117,25 @@ TEST(Annotations, DecideTheExtensibility)
     EXPECT_EQ(typeIn<StructType>(usual, "A").extensibility, Extensibility::Appendable);
 }
 
+TEST(Annotations, AreMissingInIncludedFilesOfWhichOthersDecide)
+{
+    ParseOptions options = optionsWith({{"parts/a.idl", "struct A { long a; }; @final struct B { long b; };"},
+                                        {"parts/inner/c.idl", "union C switch (long) { case 1: long c; };"},
+                                        {"parts.idl", "struct D { long d; };"}});
+    const std::string definition = "#include \"parts/a.idl\"\n#include \"parts/inner/c.idl\"\n"
+                                   "#include \"parts.idl\"\nstruct E { A a; };";
+    options.extensibility = Extensibility::Final;
+    EXPECT_EQ(typeIn<StructType>(modelOf(definition, options), "A").extensibility, Extensibility::Final);
+    options.includedExtensibilities = {{"parts", Extensibility::Mutable},
+                                       {"parts/inner/c.idl", Extensibility::Appendable}};
+    const Model model = modelOf(definition, options);
+    EXPECT_EQ(typeIn<StructType>(model, "A").extensibility, Extensibility::Mutable);
+    EXPECT_EQ(typeIn<StructType>(model, "B").extensibility, Extensibility::Final);
+    EXPECT_EQ(typeIn<UnionType>(model, "C").extensibility, Extensibility::Appendable);
+    EXPECT_EQ(typeIn<StructType>(model, "D").extensibility, Extensibility::Final);
+    EXPECT_EQ(typeIn<StructType>(model, "E").extensibility, Extensibility::Final);
+}
+
 TEST(Annotations, MayStandBeforeTheTypeOfATypedefAndBeforeLabels)
 {
     const Model model =

@@ -28,6 +28,7 @@ const std::map<std::string, XcdrVersion> keyVersions{{"xcdr1", XcdrVersion::Xcdr
 /// Options that are words, before they are looked up.
 struct Words {
     std::string extensibility = "appendable";
+    std::vector<std::string> includedExtensibilities; ///< PATH=WORD
     std::string topics = "auto";
     std::string enumDelimiters;
     std::string keyHash;
@@ -38,6 +39,18 @@ template <class T>
 std::optional<T> chosen(const std::map<std::string, T>& words, const std::string& word)
 {
     return word.empty() ? std::nullopt : std::optional(words.at(word));
+}
+
+/// What PATH=WORD says. @throws CLI::ValidationError
+std::pair<std::string, Extensibility> extensibilityIn(const std::string& text)
+{
+    const std::size_t middle = text.rfind('=');
+    const auto word = extensibilities.find(middle == std::string::npos ? "" : text.substr(middle + 1));
+    if (word == extensibilities.end()) {
+        throw CLI::ValidationError("--extensibility-in",
+                                   text + " is not PATH=final, PATH=appendable or PATH=mutable");
+    }
+    return {text.substr(0, middle), word->second};
 }
 
 void addReading(CLI::App& app, Arguments& arguments, Words& words)
@@ -54,6 +67,10 @@ void addReading(CLI::App& app, Arguments& arguments, Words& words)
         ->check(CLI::IsMember(extensibilities))
         ->type_name("WORD")
         ->capture_default_str();
+    app.add_option("--extensibility-in", words.includedExtensibilities,
+                   "The same for included files that have a path, or are below it: PATH=WORD")
+        ->type_name("PATH=WORD")
+        ->allow_extra_args(false);
     app.add_flag("--strict-case", parsing.strictCase,
                  "Refuse names that only their case tells from a keyword");
     app.add_option("-W", arguments.warnings, "Take warnings for errors: -Werror")
@@ -127,6 +144,9 @@ std::optional<Arguments> readArguments(int argc, const char* const* argv, int& e
     try {
         app.parse(argc, argv);
         arguments.parsing.extensibility = extensibilities.at(words.extensibility);
+        for (const std::string& each : words.includedExtensibilities) {
+            arguments.parsing.includedExtensibilities.push_back(extensibilityIn(each));
+        }
         arguments.generation.topics = selections.at(words.topics);
         arguments.generation.delimitsEnumerations = chosen(delimiters, words.enumDelimiters);
         arguments.generation.keyVersion = chosen(keyVersions, words.keyHash);

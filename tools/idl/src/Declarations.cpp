@@ -4,6 +4,7 @@
 #include "Expressions.hpp"
 #include "Types.hpp"
 
+#include <filesystem>
 #include <utility>
 
 namespace ovra::plex::idl
@@ -41,6 +42,30 @@ void finishType(Context& context, NamedType& type, const Token& name, const Begi
     context.builder.add(*context.module, type);
 }
 
+namespace
+{
+
+/// Whether a file is a certain one, or lies below a folder.
+bool liesBelow(const std::string& file, const std::string& place)
+{
+    const std::string path = std::filesystem::path(file).lexically_normal().string();
+    const std::string start = std::filesystem::path(place).lexically_normal().string();
+    return path.starts_with(start) && (path.size() == start.size() || path[start.size()] == '/');
+}
+
+} // namespace
+
+Extensibility extensibilityOf(Context& context, const AnnotationList& annotations, const Token& name)
+{
+    Extensibility result = context.options.extensibility;
+    if (context.reporter.isIncluded(name.place)) {
+        for (const auto& [place, extensibility] : context.options.includedExtensibilities) {
+            result = liesBelow(context.reporter.path(name.place), place) ? extensibility : result;
+        }
+    }
+    return annotations.extensibility(context).value_or(result);
+}
+
 bool isNested(Context& context, const AnnotationList& annotations)
 {
     if (const auto own = annotations.flag(context, "nested")) {
@@ -58,6 +83,7 @@ bool isNested(Context& context, const AnnotationList& annotations)
 
 void readTypedef(Context& context, DeclarationTables& tables, Beginning beginning)
 {
+    beginning.annotations.append(AnnotationList::read(context)); // they may stand before the type as well
     beginning.annotations.check(context, Annotated::Alias);
     const Location place = context.tokens.peek().place;
     const Type& type = readType(context);
@@ -77,7 +103,6 @@ void readConstant(Context& context, const Beginning& beginning)
     beginning.annotations.check(context, Annotated::Constant);
     Constant& constant = context.builder.makeConstant();
     const Location place = tokens.peek().place;
-    beginning.annotations.append(AnnotationList::read(context)); // they may stand before the type as well
     constant.type = &readType(context);
     const TypeKind kind = resolved(*constant.type).kind;
     const bool isPossible = isPrimitive(kind) || kind == TypeKind::String || kind == TypeKind::WString ||

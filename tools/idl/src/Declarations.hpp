@@ -90,6 +90,9 @@ void readBody(Context& context, const std::string& what, const Location& begin, 
     }
 }
 
+/// What a struct or union says of its extensibility, else what holds for those that say nothing.
+Extensibility extensibilityOf(Context& context, const AnnotationList& annotations, const Token& name);
+
 /// Whether a type is nested: @nested, or @default_nested of a module around it.
 bool isNested(Context& context, const AnnotationList& annotations);
 

@@ -29,6 +29,9 @@ public:
     /// Whether a place is in a file that was included, not named.
     bool isIncluded(const Location& place) const { return sources_[place.file].included; }
 
+    /// The path of the file in which a place is.
+    const std::string& path(const Location& place) const { return sources_[place.file].path; }
+
     /// "file:line", for a hint that refers to another place.
     std::string name(const Location& place) const;
 

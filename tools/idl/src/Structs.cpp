@@ -97,7 +97,7 @@ void readStruct(Context& context, DeclarationTables& tables, const Beginning& be
     }
     beginning.annotations.check(context, Annotated::Struct);
     auto& type = beginType<StructType>(context, tables, name);
-    type.extensibility = beginning.annotations.extensibility(context).value_or(context.options.extensibility);
+    type.extensibility = extensibilityOf(context, beginning.annotations, name);
     type.topic = beginning.annotations.find("topic") != nullptr;
     type.nested = !type.topic && isNested(context, beginning.annotations);
     context.incomplete.insert(&type);

@@ -192,7 +192,7 @@ void readUnion(Context& context, DeclarationTables& tables, const Beginning& beg
     }
     beginning.annotations.check(context, Annotated::Union);
     auto& type = beginType<UnionType>(context, tables, name);
-    type.extensibility = beginning.annotations.extensibility(context).value_or(context.options.extensibility);
+    type.extensibility = extensibilityOf(context, beginning.annotations, name);
     type.nested = isNested(context, beginning.annotations);
     context.incomplete.insert(&type);
     readDiscriminator(context, type);

@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ovra::plex::idl
@@ -24,6 +25,9 @@ struct ParseOptions {
     std::vector<std::string> includeDirectories; ///< searched in this order, after the including file's own
     std::vector<std::string> definitions;        ///< "NAME" or "NAME=VALUE"
     Extensibility extensibility = Extensibility::Appendable; ///< of types that say nothing
+    /// The same in included files, or all below a folder, which may be of modules that chose another. The
+    /// last one holds that a file's path begins with.
+    std::vector<std::pair<std::string, Extensibility>> includedExtensibilities;
     /// Also refuse names that differ from a keyword in case only, or are keywords of what is not supported.
     bool strictCase = false;
     FileReader readFile; ///< empty: from disk
