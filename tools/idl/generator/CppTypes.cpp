@@ -46,22 +46,30 @@ std::string namedType(const NamedType& type)
                : qualifiedName(type);
 }
 
-/// Zeros, unless the elements start with something else.
+/// The enum of which an array consists, whose new values are none of 0; null for other arrays.
+const EnumType* enumToFillWith(const ArrayType& array)
+{
+    const Type* element = &resolved(*array.element);
+    while (const auto* const inner = as<ArrayType>(*element)) {
+        element = &resolved(*inner->element);
+    }
+    const auto* const enumeration = as<EnumType>(*element);
+    const bool startsWithZero =
+        enumeration == nullptr ||
+        std::ranges::find_if(enumeration->enumerators, &Enumerator::isDefault)->value == 0;
+    return startsWithZero ? nullptr : enumeration;
+}
+
+/// Zeros, unless the elements start with something else: a call of a function then, whatever the array's
+/// size.
 std::string initialArray(const ArrayType& array)
 {
-    const Type& element = resolved(*array.element);
-    if (element.kind != TypeKind::Enum) {
+    const EnumType* const enumeration = enumToFillWith(array);
+    if (enumeration == nullptr) {
         return "{}";
     }
-    std::string text = initialValue(element);
-    for (const std::uint32_t size : std::views::reverse(array.dimensions)) {
-        std::string row;
-        for (std::uint32_t i = 0; i < size; ++i) {
-            row += (i == 0 ? "" : ", ") + text;
-        }
-        text = "{{" + row + "}}";
-    }
-    return text;
+    const std::string type = arrayType(array);
+    return "ovra::plex::filledArray<" + type + ">(" + initialValue(*enumeration) + ")";
 }
 
 /// The digits of a floating-point number, with which C++ reads the same number back.
@@ -243,8 +251,16 @@ void addHeaders(std::set<std::string>& headers, const Member& member)
     if (member.optional) {
         headers.insert("<optional>");
     }
-    if (initialValue(member).find("numeric_limits") != std::string::npos) {
+    addHeadersOfText(headers, initialValue(member));
+}
+
+void addHeadersOfText(std::set<std::string>& headers, const std::string& text)
+{
+    if (text.find("std::numeric_limits<") != std::string::npos) {
         headers.insert("<limits>");
+    }
+    if (text.find("ovra::plex::filledArray<") != std::string::npos) {
+        headers.insert("<plex/FilledArray.hpp>");
     }
 }
 

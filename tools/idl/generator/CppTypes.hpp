@@ -45,6 +45,9 @@ std::string quoted(std::string_view text);
 void addHeaders(std::set<std::string>& headers, const Type& type);
 void addHeaders(std::set<std::string>& headers, const Member& member);
 
+/// The headers that values of members need, as they stand in a text.
+void addHeadersOfText(std::set<std::string>& headers, const std::string& text);
+
 /// The header with the plain types of a module and those within it: "dome/Values.hpp".
 std::string valuesHeader(const Module& module);
 

@@ -47,10 +47,11 @@ std::string textOf(const Plan& plan, const NamedType& type)
     return alias == nullptr ? "" : inNamespace(scope, aliasDeclaration(*alias));
 }
 
-/// The headers of all declarations but their own.
-std::string includesOf(const Plan& plan)
+/// The headers of all declarations but their own. @param text of the declarations.
+std::string includesOf(const Plan& plan, const std::string& text)
 {
     std::set<std::string> names;
+    addHeadersOfText(names, text);
     for (const NamedType* const type : plan.declared) {
         addHeadersOf(names, *type);
     }
@@ -104,7 +105,9 @@ std::string visitOf(const Member& member, const std::string& access, bool withDe
 {
     const std::string rule = ruleOf(*member.type, rules);
     const std::string initial = initialValue(member);
-    const bool isSpecial = member.defaultValue || resolved(*member.type).kind == TypeKind::Enum;
+    const TypeKind kind = resolved(*member.type).kind;
+    const bool isSpecial =
+        member.defaultValue || kind == TypeKind::Enum || (kind == TypeKind::Array && initial != "{}");
     std::string field = std::to_string(member.id);
     if (member.mustUnderstand) {
         field += ", " + rule + ", true";
@@ -271,7 +274,7 @@ std::string valuesText(const Plan& plan, const std::string& module)
         text += scope.empty() ? declaration + "\n" : inNamespace(scope, declaration);
     }
     text.pop_back(); // the empty line behind the last one
-    const std::string includes = includesOf(plan);
+    const std::string includes = includesOf(plan, text);
     return start + includes + (includes.empty() ? "" : "\n") + text;
 }
 
