@@ -22,12 +22,12 @@ void BackgroundThread::run(std::function<void()> task)
         }
         isRunning_ = true;
         thread_ = std::thread([this] { runAll(); });
+        pthread_setname_np(thread_.native_handle(), name_); // from here, so that it never has another one
     }
 }
 
 void BackgroundThread::runAll()
 {
-    pthread_setname_np(pthread_self(), name_);
     std::unique_lock lock(mutex_);
     while (!tasks_.empty()) {
         {

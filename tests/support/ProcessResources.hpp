@@ -39,7 +39,8 @@ inline ProcessResources processResources()
 {
     using Entries = std::filesystem::directory_iterator;
     const auto isCounted = [](const auto& task) {
-        return threadName(task.path()) != "plex-status";
+        const auto name = threadName(task.path());
+        return !name.empty() && name != "plex-status";
     };
     return {static_cast<std::size_t>(std::count_if(Entries("/proc/self/task"), Entries(), isCounted)),
             static_cast<std::size_t>(std::distance(Entries("/proc/self/fd"), Entries()))};
