@@ -21,6 +21,7 @@ struct Rule {
     const char* policy;
     std::string (*inWords)(const Announced&);
     bool (*suffices)(const Announced& offered, const Announced& asked);
+    bool isApplied = true; ///< by Fast DDS
 };
 
 template <std::size_t Count>
@@ -46,15 +47,9 @@ std::string typeName(const Announced& endpoint)
     return endpoint.type;
 }
 
-bool hasKey(const Announced& endpoint)
-{
-    const auto kind = endpoint.guid.entityId.value[3] & 0x0fU;
-    return kind == 0x02 || kind == 0x07;
-}
-
 std::string keyInWords(const Announced& endpoint)
 {
-    return hasKey(endpoint) ? "a type with a key" : "a type without a key";
+    return hasKey(endpoint.guid) ? "a type with a key" : "a type without a key";
 }
 
 std::string reliability(const Announced& endpoint)
@@ -173,7 +168,7 @@ const auto identity = std::to_array<Rule>({
      }},
     {"key", keyInWords,
      [](const Announced& offered, const Announced& asked) {
-         return hasKey(offered) == hasKey(asked);
+         return hasKey(offered.guid) == hasKey(asked.guid);
      }},
 });
 
@@ -193,7 +188,8 @@ const auto policies = std::to_array<Rule>({
     {"latency budget", [](const Announced& endpoint) { return inWords(endpoint.latencyBudget); },
      [](const Announced& offered, const Announced& asked) {
          return !(offered.latencyBudget > asked.latencyBudget);
-     }},
+     },
+     false},
     {"liveliness", liveliness, livelinessSuffices},
     {"ownership", ownership,
      [](const Announced& offered, const Announced& asked) {
@@ -202,8 +198,9 @@ const auto policies = std::to_array<Rule>({
     {"destination order", destinationOrder,
      [](const Announced& offered, const Announced& asked) {
          return offered.destinationOrder >= asked.destinationOrder;
-     }},
-    {"presentation", presentation, presentationSuffices},
+     },
+     false},
+    {"presentation", presentation, presentationSuffices, false},
     {"partition", partitions, partitionsMeet},
     {"data representation", representations, representationIsAccepted},
 });
@@ -227,12 +224,26 @@ bool isWriter(const fastdds::Guid& endpoint)
     return kind == 0x02 || kind == 0x03;
 }
 
+bool hasKey(const fastdds::Guid& endpoint)
+{
+    const auto kind = endpoint.entityId.value[3] & 0x0fU;
+    return kind == 0x02 || kind == 0x07;
+}
+
 std::vector<Refusal> refusalsBetween(const Announced& writer, const Announced& reader)
 {
     std::vector<Refusal> refusals;
     addRefusals(identity, writer, reader, refusals);
     addRefusals(policies, writer, reader, refusals);
     return refusals;
+}
+
+bool areKeptApart(const Announced& writer, const Announced& reader)
+{
+    const auto keepsApart = [&](const Rule& rule) {
+        return rule.isApplied && !rule.suffices(writer, reader);
+    };
+    return std::ranges::any_of(identity, keepsApart) || std::ranges::any_of(policies, keepsApart);
 }
 
 std::vector<Policy> policiesOf(const Announced& endpoint)

@@ -13,10 +13,16 @@ namespace ovra::plex::ps::internal
 /// Whether an endpoint writes, by its entity kind (RTPS 2.5, 9.3.1.2).
 bool isWriter(const fastdds::Guid& endpoint);
 
+/// Whether an endpoint's type has a key, by the same.
+bool hasKey(const fastdds::Guid& endpoint);
+
 /// All that keeps a writer and a reader of one topic apart, by the standards. Fast DDS itself goes by all of
 /// it but latency budget, destination order and presentation.
 std::vector<Refusal> refusalsBetween(const fastdds::AnnouncedEndpoint& writer,
                                      const fastdds::AnnouncedEndpoint& reader);
+
+/// Whether Fast DDS itself will not match them.
+bool areKeptApart(const fastdds::AnnouncedEndpoint& writer, const fastdds::AnnouncedEndpoint& reader);
 
 /// The announced policies in words, in a fixed order.
 std::vector<Policy> policiesOf(const fastdds::AnnouncedEndpoint& endpoint);

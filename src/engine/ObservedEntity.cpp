@@ -7,7 +7,9 @@ namespace ovra::plex::ps::internal
 
 EntityStatus ObservedEntity::status() const
 {
-    return endpoint()->status();
+    auto status = endpoint()->status();
+    status.history = history();
+    return status;
 }
 
 bool ObservedEntity::waitForMatched(std::size_t count, std::chrono::milliseconds timeout) const

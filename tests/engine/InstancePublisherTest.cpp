@@ -314,6 +314,8 @@ TEST_F(InstancePublisherTest, TellsItsStatusUntilItIsClosed)
     const auto now = status(*a);
     EXPECT_EQ(now.counters.published, 1U);
     EXPECT_EQ(now.matched.size(), 1U);
+    EXPECT_GT(now.history.mostOfInstance, 0U);
+    EXPECT_GT(now.history.most, now.history.mostOfInstance);
     EXPECT_EQ(waitForAcknowledgments(*a, patience).outcome,
               Outcome::NobodyToAcknowledge); // a best-effort reader
     a->close();

@@ -68,6 +68,13 @@ struct Counters {
     std::vector<std::uint8_t> undecodableBytes; ///< the first bytes of the last one, 32 at most
 };
 
+/// What DDS keeps of a publisher's or subscriber's values. Limits are 0 where only memory is one.
+struct History {
+    std::uint64_t unread = 0;         ///< samples that a subscriber holds and nothing has read yet
+    std::uint64_t most = 0;           ///< how many are kept altogether
+    std::uint64_t mostOfInstance = 0; ///< and of each instance; without a key the same
+};
+
 /// A publisher or subscriber and its peers at one moment.
 struct EntityStatus {
     std::string topic;
@@ -79,6 +86,7 @@ struct EntityStatus {
     std::vector<Peer> former;            ///< matched once and gone since, the latest last, 32 at most
     std::uint64_t matchedAltogether = 0; ///< matches ever made
     Counters counters;
+    History history; ///< of what status() returns; empty in what a status callback gets
 };
 
 /// What became of the wait for acknowledgments.

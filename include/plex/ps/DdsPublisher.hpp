@@ -5,6 +5,7 @@
 #include <plex/ps/internal/CallbackTurn.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/Endpoint.hpp>
+#include <plex/ps/internal/History.hpp>
 #include <plex/ps/internal/SharedEntity.hpp>
 
 #include <chrono>
@@ -56,6 +57,9 @@ public:
     /// What is known of its writer. @throws IllegalStateException unless open.
     std::shared_ptr<internal::Endpoint> endpoint() const;
 
+    /// What its writer keeps. @throws IllegalStateException unless open.
+    History history();
+
     /// Waits until what was sent is acknowledged. @throws IllegalStateException unless open.
     fastdds::ReturnCode awaitAcknowledgments(const fastdds::Duration_t& timeout);
 
@@ -67,6 +71,8 @@ public:
     void removeDependent(InstancePublisher<T>& dependent);
 
 private:
+    internal::SharedWriter::Use openWriter();
+
     template <class Write>
     void publishBy(Write write);
     void release();

@@ -31,6 +31,8 @@ public:
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override { return impl_->endpoint(); }
 
+    History history() const override { return impl_->history(); }
+
     fastdds::ReturnCode awaitAcknowledgments(const fastdds::Duration_t& timeout) override
     {
         return impl_->awaitAcknowledgments(timeout);

@@ -6,6 +6,7 @@
 #include <plex/ps/internal/DataWait.hpp>
 #include <plex/ps/internal/DdsBasePubSub.hpp>
 #include <plex/ps/internal/Endpoint.hpp>
+#include <plex/ps/internal/History.hpp>
 #include <plex/ps/internal/LoanedSamples.hpp>
 #include <plex/ps/internal/SharedEntity.hpp>
 
@@ -80,6 +81,9 @@ public:
 
     /// What is known of its reader. @throws IllegalStateException unless open.
     std::shared_ptr<internal::Endpoint> endpoint() const;
+
+    /// What its reader keeps. @throws IllegalStateException unless open.
+    History history();
 
 private:
     using DdsType = typename ST::DdsType;

@@ -47,6 +47,8 @@ public:
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override { return impl_->endpoint(); }
 
+    History history() const override { return impl_->history(); }
+
     const std::shared_ptr<DdsSubscriber<T, ST>> impl_;
 };
 

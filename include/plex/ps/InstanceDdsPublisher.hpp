@@ -49,11 +49,12 @@ public:
 
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override;
+    History history() const override;
     fastdds::ReturnCode awaitAcknowledgments(const fastdds::Duration_t& timeout) override;
 
     template <class Write>
     void publishBy(Write write);
-    internal::SharedWriter::Use openWriter();
+    internal::SharedWriter::Use openWriter() const;
     void release();
     void createDdsEntities(const T& value);
     [[noreturn]] void failClosed() const;
@@ -64,7 +65,7 @@ private:
     const std::shared_ptr<DdsPublisher<T, ST>> parent_;
     std::shared_ptr<internal::dds::Topic> topic_;
     std::shared_ptr<internal::dds::Publisher> publisher_;
-    internal::SharedWriter writer_;
+    mutable internal::SharedWriter writer_; ///< counts its uses
     std::shared_ptr<internal::Endpoint> endpoint_;
     fastdds::InstanceHandle_t instanceHandle_;
     std::atomic<bool> closed_ = false;

@@ -39,6 +39,7 @@ public:
 
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override;
+    History history() const override;
     std::shared_ptr<internal::dds::Topic> makeTopic();
     std::shared_ptr<internal::dds::DataReader> makeReader();
     void release();
@@ -48,6 +49,8 @@ private:
     std::shared_ptr<internal::dds::Subscriber> m_subscriber;
     std::shared_ptr<internal::dds::DataReader> m_reader;
     std::shared_ptr<internal::Endpoint> m_endpoint;
+    std::weak_ptr<internal::dds::DataReader>
+        m_observed;          ///< the reader, for status() while another thread closes
     std::mutex m_closeMutex; ///< held while closing
 };
 

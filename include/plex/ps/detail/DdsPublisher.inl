@@ -75,15 +75,22 @@ void DdsPublisher<T, ST>::checkWritten(fastdds::ReturnCode result) const
 }
 
 template <class T, class ST>
+internal::SharedWriter::Use DdsPublisher<T, ST>::openWriter()
+{
+    auto writer = writer_.use();
+    if (!writer) {
+        this->failClosed();
+    }
+    return writer;
+}
+
+template <class T, class ST>
 template <class Write>
 void DdsPublisher<T, ST>::publishBy(Write write)
 {
     internal::PublishScope publication;
     {
-        const auto writer = writer_.use();
-        if (!writer) {
-            this->failClosed();
-        }
+        const auto writer = openWriter();
         checkWritten(fastdds::code(write(*writer)));
         internal::count(endpoint_->counters.published);
     }
@@ -129,12 +136,15 @@ std::shared_ptr<internal::Endpoint> DdsPublisher<T, ST>::endpoint() const
 }
 
 template <class T, class ST>
+History DdsPublisher<T, ST>::history()
+{
+    return internal::historyOf(*openWriter());
+}
+
+template <class T, class ST>
 fastdds::ReturnCode DdsPublisher<T, ST>::awaitAcknowledgments(const fastdds::Duration_t& timeout)
 {
-    const auto writer = writer_.use();
-    if (!writer) {
-        this->failClosed();
-    }
+    const auto writer = openWriter();
     return fastdds::code(writer->wait_for_acknowledgments(timeout));
 }
 

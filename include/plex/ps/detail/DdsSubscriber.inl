@@ -147,6 +147,12 @@ std::shared_ptr<internal::Endpoint> DdsSubscriber<T, ST>::endpoint() const
 }
 
 template <class T, class ST>
+History DdsSubscriber<T, ST>::history()
+{
+    return internal::historyOf(*openReader());
+}
+
+template <class T, class ST>
 template <class Take>
 std::size_t DdsSubscriber<T, ST>::takeValues(internal::dds::DataReader& reader,
                                              std::vector<std::shared_ptr<T>>& values, Take take) const

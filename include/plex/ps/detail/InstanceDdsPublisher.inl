@@ -84,7 +84,7 @@ std::shared_ptr<Plex> InstanceDdsPublisher<T, ST>::getPlex() const
 }
 
 template <class T, class ST>
-internal::SharedWriter::Use InstanceDdsPublisher<T, ST>::openWriter()
+internal::SharedWriter::Use InstanceDdsPublisher<T, ST>::openWriter() const
 {
     auto writer = writer_.use();
     if (!writer) {
@@ -150,6 +150,12 @@ std::shared_ptr<internal::Endpoint> InstanceDdsPublisher<T, ST>::endpoint() cons
         failClosed();
     }
     return endpoint_;
+}
+
+template <class T, class ST>
+History InstanceDdsPublisher<T, ST>::history() const
+{
+    return internal::historyOf(*openWriter());
 }
 
 template <class T, class ST>

@@ -17,6 +17,7 @@ MrvDdsSubscriber<T, ST>::MrvDdsSubscriber(const Uri& uri, const qos::QoSList& qo
     , m_subscriber(this->createSubscriber())
     , m_reader(makeReader())
     , m_endpoint(internal::Endpoint::of(*m_reader))
+    , m_observed(m_reader)
 {
     this->state_ = internal::EntityState::Initialized;
 }
@@ -32,6 +33,16 @@ std::shared_ptr<internal::Endpoint> MrvDdsSubscriber<T, ST>::endpoint() const
 {
     this->checkState();
     return m_endpoint;
+}
+
+template <class T, class ST>
+History MrvDdsSubscriber<T, ST>::history() const
+{
+    const auto reader = m_observed.lock();
+    if (!reader) {
+        this->failClosed();
+    }
+    return internal::historyOf(*reader);
 }
 
 template <class T, class ST>

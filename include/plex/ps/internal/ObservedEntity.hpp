@@ -4,6 +4,7 @@
 #include <plex/Export.hpp>
 #include <plex/dds/Status.hpp>
 #include <plex/ps/internal/Endpoint.hpp>
+#include <plex/ps/internal/History.hpp>
 
 #include <chrono>
 #include <cstddef>
@@ -29,6 +30,9 @@ protected:
 
     /// What is known of the reader or writer; never null. @throws IllegalStateException when closed.
     virtual std::shared_ptr<Endpoint> endpoint() const = 0;
+
+    /// What DDS keeps, see historyOf(). @throws IllegalStateException when closed.
+    virtual History history() const = 0;
 
     /// Waits until what a writer has sent is acknowledged.
     /// @throws IllegalStateException for a subscriber, and when closed.
