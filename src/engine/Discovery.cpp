@@ -82,23 +82,16 @@ Distance distanceBetween(const fastdds::Guid& one, const fastdds::Guid& other)
     return one.is_on_same_host_as(other) ? Distance::SameHost : Distance::OtherHost;
 }
 
-std::string inWords(dds::SampleRejectedStatusKind reason)
-{
-    switch (reason) {
-    case dds::REJECTED_BY_INSTANCES_LIMIT:
-        return "max_instances";
-    case dds::REJECTED_BY_SAMPLES_LIMIT:
-        return "max_samples";
-    case dds::REJECTED_BY_SAMPLES_PER_INSTANCE_LIMIT:
-        return "max_samples_per_instance";
-    default:
-        return "";
-    }
-}
-
 std::vector<Refusal> refusalsOf(const fastdds::AnnouncedEndpoint& own, const fastdds::AnnouncedEndpoint& peer)
 {
     return isWriter(own.guid) ? refusalsBetween(own, peer) : refusalsBetween(peer, own);
+}
+
+/// Whether the two are opposites of one topic that Fast DDS never matches, not only has not matched yet.
+bool isRefused(const fastdds::AnnouncedEndpoint& own, const fastdds::AnnouncedEndpoint& peer)
+{
+    return peer.topic == own.topic && isWriter(peer.guid) != isWriter(own.guid) &&
+           (isWriter(own.guid) ? areKeptApart(own, peer) : areKeptApart(peer, own));
 }
 
 } // namespace
@@ -181,8 +174,9 @@ void Discovery::lost(const fastdds::Guid& own, std::uint64_t altogether)
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        endpoint->state_->lost = altogether;
-        changedAsItDoubles(*endpoint, altogether, endpoint->state_->lostToTell);
+        auto& losses = lossesOf(*endpoint);
+        losses.lost = altogether;
+        changedAsItDoubles(*endpoint, altogether, losses.lostToTell);
     }
 }
 
@@ -190,9 +184,10 @@ void Discovery::rejected(const fastdds::Guid& own, const dds::SampleRejectedStat
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        endpoint->state_->rejected = status.total_count;
-        endpoint->state_->rejectedBy = status.last_reason;
-        changedAsItDoubles(*endpoint, status.total_count, endpoint->state_->rejectedToTell);
+        auto& losses = lossesOf(*endpoint);
+        losses.rejected = status.total_count;
+        losses.rejectedBy = status.last_reason;
+        changedAsItDoubles(*endpoint, status.total_count, losses.rejectedToTell);
     }
 }
 
@@ -200,7 +195,7 @@ void Discovery::deadlineMissed(const fastdds::Guid& own, std::uint64_t altogethe
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        endpoint->state_->deadlinesMissed = altogether;
+        lossesOf(*endpoint).deadlinesMissed = altogether;
     }
 }
 
@@ -208,8 +203,9 @@ void Discovery::undecodable(const fastdds::Guid& own, std::size_t count, std::sp
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        endpoint->state_->undecodable += count;
-        endpoint->state_->undecodableBytes.assign(bytes.begin(), bytes.end());
+        auto& losses = lossesOf(*endpoint);
+        losses.undecodable += count;
+        losses.undecodableBytes.assign(bytes.begin(), bytes.end());
     }
 }
 
@@ -299,7 +295,6 @@ EntityStatus Discovery::statusOfLocked(const Endpoint& endpoint) const
     status.former = state.former;
     status.matchedAltogether = state.matchedAltogether;
     status.counters = endpoint.countersNow();
-    status.counters.rejectedBy = inWords(state.rejectedBy);
     const auto* const own = announcementOf(endpoint.guid_);
     if (own == nullptr) {
         return status; // it is coming or going
@@ -310,12 +305,8 @@ EntityStatus Discovery::statusOfLocked(const Endpoint& endpoint) const
         status.matched.push_back(peer(guid, *own));
     }
     for (const auto& [guid, announcement] : announcements_) {
-        if (announcement.topic == own->topic && isWriter(guid) != status.isPublisher &&
-            !state.matched.contains(guid)) {
-            auto other = peer(announcement, *own);
-            if (!other.refusals.empty()) {
-                status.refused.push_back(std::move(other));
-            }
+        if (isRefused(*own, announcement) && !state.matched.contains(guid)) {
+            status.refused.push_back(peer(announcement, *own));
         }
     }
     return status;
@@ -379,6 +370,15 @@ void Discovery::describeParticipant(Peer& described, const fastdds::Guid& guid) 
         described.vendor == "Fast DDS" ? distanceBetween(self_, guid) : distanceOf(described);
 }
 
+Endpoint::Losses& Discovery::lossesOf(Endpoint& endpoint)
+{
+    auto& losses = endpoint.state_->losses;
+    if (!losses) {
+        losses = std::make_unique<Endpoint::Losses>();
+    }
+    return *losses;
+}
+
 void Discovery::part(Endpoint& endpoint, const fastdds::Guid& peer)
 {
     auto& state = *endpoint.state_;
@@ -434,28 +434,37 @@ void Discovery::changedAsItDoubles(Endpoint& endpoint, std::uint64_t number, std
     }
 }
 
-void Discovery::tellOf(const Endpoint& endpoint)
+void Discovery::tell(const Endpoint& endpoint, const std::shared_ptr<Endpoint::Watcher>& watcher)
 {
     const Lock lock(mutex_);
     if (const auto own = find(endpoint.guid_)) {
+        auto& watchers = own->state_->watchers;
+        std::erase_if(watchers, [](const auto& known) { return known.expired(); });
+        watchers.push_back(watcher);
         changed(*own);
     }
 }
 
 void Discovery::tell()
 {
-    std::vector<std::pair<std::shared_ptr<Endpoint>, EntityStatus>> news;
+    struct News {
+        std::shared_ptr<Endpoint> endpoint;
+        EntityStatus status;
+        Endpoint::Watchers watchers;
+    };
+
+    std::vector<News> news;
     {
         const Lock lock(mutex_);
         isTold_ = true;
         for (const auto& [guid, own] : own_) {
             if (std::exchange(own->state_->hasChanged, false)) {
-                news.emplace_back(own, statusOfLocked(*own));
+                news.push_back({own, statusOfLocked(*own), own->state_->watchers});
             }
         }
     }
-    for (const auto& [endpoint, status] : news) {
-        endpoint->tell(status);
+    for (const auto& [endpoint, status, watchers] : news) {
+        endpoint->tell(status, watchers);
     }
 }
 

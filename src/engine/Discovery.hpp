@@ -37,8 +37,8 @@ public:
     /// Waits until an endpoint has so many matched peers. @returns whether it has.
     bool waitForMatched(const Endpoint& endpoint, std::size_t count, std::chrono::milliseconds timeout) const;
 
-    /// Has those that want to hear of an endpoint's status told soon.
-    void tellOf(const Endpoint& endpoint);
+    /// Has a watcher told of an endpoint's status, soon and whenever it changes.
+    void tell(const Endpoint& endpoint, const std::shared_ptr<Endpoint::Watcher>& watcher);
 
     void matched(const fastdds::Guid& own, const fastdds::Guid& peer, std::int32_t change);
     void lost(const fastdds::Guid& own, std::uint64_t altogether);
@@ -70,6 +70,7 @@ private:
 
     // All of what follows is called with the mutex held.
 
+    static Endpoint::Losses& lossesOf(Endpoint& endpoint);
     std::shared_ptr<Endpoint> find(const fastdds::Guid& own) const;
     Peer peer(const fastdds::AnnouncedEndpoint& endpoint, const fastdds::AnnouncedEndpoint& own) const;
     Peer unannouncedPeer(const fastdds::Guid& guid) const;
@@ -97,11 +98,8 @@ private:
     bool isTold_ = true; ///< whether nothing has changed since tell() has begun
 };
 
-/// What only Discovery looks at and changes, with its mutex held.
-struct Endpoint::State {
-    std::set<fastdds::Guid> matched;
-    std::uint64_t matchedAltogether = 0;
-    std::vector<Peer> former;
+/// What went wrong with samples.
+struct Endpoint::Losses {
     std::uint64_t lost = 0;
     std::uint64_t lostToTell = 1; ///< so many are told of next
     std::uint64_t rejected = 0;
@@ -110,6 +108,15 @@ struct Endpoint::State {
     std::uint64_t deadlinesMissed = 0;
     std::uint64_t undecodable = 0;
     std::vector<std::uint8_t> undecodableBytes;
+};
+
+/// What only Discovery looks at and changes, with its mutex held.
+struct Endpoint::State {
+    std::set<fastdds::Guid> matched;
+    std::uint64_t matchedAltogether = 0;
+    std::vector<Peer> former;
+    std::unique_ptr<Losses> losses; ///< most endpoints have none
+    Watchers watchers;
     bool isGone = false;
     bool hasChanged = true;
 };

@@ -88,6 +88,25 @@ std::shared_ptr<Endpoint> Endpoint::of(const dds::DataReader& reader)
     return discoveryOf(*reader.get_subscriber()->get_participant())->endpoint(reader.guid());
 }
 
+namespace
+{
+
+std::string inWords(dds::SampleRejectedStatusKind reason)
+{
+    switch (reason) {
+    case dds::REJECTED_BY_INSTANCES_LIMIT:
+        return "max_instances";
+    case dds::REJECTED_BY_SAMPLES_LIMIT:
+        return "max_samples";
+    case dds::REJECTED_BY_SAMPLES_PER_INSTANCE_LIMIT:
+        return "max_samples_per_instance";
+    default:
+        return "";
+    }
+}
+
+} // namespace
+
 EntityStatus Endpoint::status() const
 {
     const auto discovery = discovery_.lock();
@@ -97,7 +116,7 @@ EntityStatus Endpoint::status() const
 Counters Endpoint::countersNow() const
 {
     const auto now = [](const std::atomic<std::uint64_t>& counter) {
-        return counter.load(std::memory_order_relaxed);
+        return counter.load(std::memory_order_acquire);
     };
     Counters all;
     all.published = now(counters.published);
@@ -105,11 +124,14 @@ Counters Endpoint::countersNow() const
     all.tooOld = now(counters.tooOld);
     all.received = now(counters.received);
     all.callbacksThrew = now(counters.callbacksThrew);
-    all.undecodable = state_->undecodable;
-    all.undecodableBytes = state_->undecodableBytes;
-    all.lost = state_->lost;
-    all.rejected = state_->rejected;
-    all.deadlinesMissed = state_->deadlinesMissed;
+    if (const auto& losses = state_->losses) {
+        all.undecodable = losses->undecodable;
+        all.undecodableBytes = losses->undecodableBytes;
+        all.lost = losses->lost;
+        all.rejected = losses->rejected;
+        all.rejectedBy = inWords(losses->rejectedBy);
+        all.deadlinesMissed = losses->deadlinesMissed;
+    }
     return all;
 }
 
@@ -131,27 +153,15 @@ std::vector<Peer> Endpoint::acknowledgingPeers() const
 std::unique_ptr<StatusWatch> Endpoint::watch(ObservableEntity::StatusCallback callback)
 {
     auto watcher = std::make_shared<Watcher>(std::move(callback));
-    {
-        const std::lock_guard lock(watchersMutex_);
-        std::erase_if(watchers_, [](const auto& known) { return known.expired(); });
-        watchers_.push_back(watcher);
-    }
     if (const auto discovery = discovery_.lock()) {
-        discovery->tellOf(*this);
+        discovery->tell(*this, watcher);
     }
     return std::make_unique<Watch>(std::move(watcher));
 }
 
-void Endpoint::tell(const EntityStatus& status)
+void Endpoint::tell(const EntityStatus& status, const Watchers& watchers)
 {
-    recordMatches(status);
-    recordRefusals(status);
-    recordLosses(status);
-    std::vector<std::weak_ptr<Watcher>> watchers;
-    {
-        const std::lock_guard lock(watchersMutex_);
-        watchers = watchers_;
-    }
+    record(status);
     for (const auto& watching : watchers) {
         if (const auto watcher = watching.lock()) {
             watcher->call(status);

@@ -63,6 +63,16 @@ std::string inWords(const std::vector<Refusal>& refusals)
     return text;
 }
 
+/// Where the other side's DDS goes by more policies than ours, it may refuse what we take for a match.
+void warnOfOneSidedMatch(const Peer& peer, const EntityStatus& status)
+{
+    if (!peer.refusals.empty() && !peer.vendor.empty() && peer.vendor != "Fast DDS") {
+        LOG4CPLUS_WARN(logger(), nameOf(status)
+                                     << " is matched with " << nameOf(peer, status) << ", whose DDS ("
+                                     << peer.vendor << ") may refuse it: " << inWords(peer.refusals));
+    }
+}
+
 /// Whether a count that grows is to be told: as it doubles.
 bool isWorthTelling(std::uint64_t count, std::uint64_t told)
 {
@@ -71,6 +81,20 @@ bool isWorthTelling(std::uint64_t count, std::uint64_t told)
 
 } // namespace
 
+void Endpoint::record(const EntityStatus& status)
+{
+    if (!recorded_) {
+        if (status.matched.empty() && status.refused.empty() && status.counters.lost == 0 &&
+            status.counters.rejected == 0) {
+            return;
+        }
+        recorded_ = std::make_unique<Recorded>();
+    }
+    recordMatches(status);
+    recordRefusals(status);
+    recordLosses(status);
+}
+
 void Endpoint::recordMatches(const EntityStatus& status)
 {
     std::map<std::string, std::string> now;
@@ -78,17 +102,18 @@ void Endpoint::recordMatches(const EntityStatus& status)
         if (!isToldByOther(peer, status)) {
             const auto name = nameOf(peer, status);
             now.emplace(peer.guid, name);
-            if (!recorded_.matched.contains(peer.guid)) {
+            if (!recorded_->matched.contains(peer.guid)) {
                 recordInfo(nameOf(status) + " is matched with " + name);
+                warnOfOneSidedMatch(peer, status);
             }
         }
     }
-    for (const auto& [guid, name] : recorded_.matched) {
+    for (const auto& [guid, name] : recorded_->matched) {
         if (!now.contains(guid)) {
             recordInfo(nameOf(status) + " is no longer matched with " + name);
         }
     }
-    recorded_.matched = std::move(now);
+    recorded_->matched = std::move(now);
 }
 
 void Endpoint::recordRefusals(const EntityStatus& status)
@@ -97,28 +122,29 @@ void Endpoint::recordRefusals(const EntityStatus& status)
     for (const auto& peer : status.refused) {
         if (!isToldByOther(peer, status)) {
             const auto reasons = inWords(peer.refusals);
-            const auto told = recorded_.refused.find(peer.guid);
-            if (told == recorded_.refused.end() || told->second != reasons) {
+            const auto told = recorded_->refused.find(peer.guid);
+            if (told == recorded_->refused.end() || told->second != reasons) {
                 LOG4CPLUS_WARN(logger(), nameOf(status) << " and " << nameOf(peer, status)
                                                         << " do not match: " << reasons);
             }
             now.emplace(peer.guid, reasons);
         }
     }
-    recorded_.refused = std::move(now);
+    recorded_->refused = std::move(now);
 }
 
 void Endpoint::recordLosses(const EntityStatus& status)
 {
     const auto& now = status.counters;
-    if (isWorthTelling(now.lost, recorded_.lost)) {
-        recorded_.lost = now.lost;
+    if (isWorthTelling(now.lost, recorded_->lost)) {
+        recorded_->lost = now.lost;
         LOG4CPLUS_WARN(logger(), nameOf(status) << " has lost " << now.lost << " values so far");
     }
-    if (isWorthTelling(now.rejected, recorded_.rejected)) {
-        recorded_.rejected = now.rejected;
+    if (isWorthTelling(now.rejected, recorded_->rejected)) {
+        recorded_->rejected = now.rejected;
         LOG4CPLUS_WARN(logger(), nameOf(status) << " has rejected " << now.rejected
-                                                << " values so far, for want of room: " << now.rejectedBy
+                                                << " values so far, for want of room: "
+                                                << (now.rejectedBy.empty() ? "a limit" : now.rejectedBy)
                                                 << " of the history is reached");
     }
 }

@@ -84,6 +84,10 @@ TEST_F(StatusFaultsTest, RejectedValuesAreToldWithTheLimit)
     }
     rejectAltogether(count, dds::NOT_REJECTED);
     EXPECT_EQ(ps::status(*subscriber).counters.rejectedBy, "");
+    EXPECT_TRUE(waitFor([&] {
+        return warnings(
+                   " has rejected 8 values so far, for want of room: a limit of the history is reached") == 1;
+    }));
 }
 
 TEST_F(StatusFaultsTest, MissedDeadlinesAreCounted)

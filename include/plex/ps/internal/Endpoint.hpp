@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <vector>
@@ -32,10 +31,10 @@ struct EndpointCounters {
     std::atomic<std::uint64_t> callbacksThrew = 0;
 };
 
-/// Adds to a counter that says nothing about other memory.
+/// Adds to a counter. Whoever sees that sees what was counted before, so that no part is more than its whole.
 inline void count(std::atomic<std::uint64_t>& counter, std::uint64_t more = 1)
 {
-    counter.fetch_add(more, std::memory_order_relaxed);
+    counter.fetch_add(more, std::memory_order_release);
 }
 
 /// Counts what one operation takes, and adds it to the counters at its end.
@@ -102,7 +101,10 @@ private:
 
     class Watcher;
     class Watch;
+    struct Losses;
     struct State;
+
+    using Watchers = std::vector<std::weak_ptr<Watcher>>;
 
     /// What has been recorded of peers and losses.
     struct Recorded {
@@ -116,7 +118,8 @@ private:
     Counters countersNow() const;
 
     /// On the thread for it: records what is new and calls those that watch.
-    void tell(const EntityStatus& status);
+    void tell(const EntityStatus& status, const Watchers& watchers);
+    void record(const EntityStatus& status);
     void recordMatches(const EntityStatus& status);
     void recordRefusals(const EntityStatus& status);
     void recordLosses(const EntityStatus& status);
@@ -124,9 +127,7 @@ private:
     const std::weak_ptr<Discovery> discovery_;
     const fastdds::Guid guid_;
     const std::unique_ptr<State> state_; ///< belongs to Discovery
-    Recorded recorded_;                  ///< belongs to the thread that tells
-    std::mutex watchersMutex_;
-    std::vector<std::weak_ptr<Watcher>> watchers_;
+    std::unique_ptr<Recorded> recorded_; ///< belongs to the thread that tells; made when there is something
 };
 
 /// The participant with what it discovers being watched for as long as somebody holds what this returns.
