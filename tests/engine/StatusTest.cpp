@@ -1,104 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EntityTest.hpp"
+#include "StatusTest.hpp"
 
-#include <generated/vexstubif/AltAzPubSubType.hpp>
-#include <generated/vexstubif/DomeTemperaturePubSubType.hpp>
-#include <plex/dds/Status.hpp>
-
-#include <fastdds/dds/domain/DomainParticipantFactory.hpp>
-#include <fastdds/dds/publisher/Publisher.hpp>
-#include <fastdds/dds/subscriber/Subscriber.hpp>
-#include <fastdds/dds/topic/Topic.hpp>
-#include <fastdds/dds/topic/TypeSupport.hpp>
-
+#include <algorithm>
 #include <atomic>
 #include <future>
+#include <thread>
 #include <unistd.h>
 
 namespace plex::test
 {
-
-namespace dds = eprosima::fastdds::dds;
-namespace ps = ovra::plex::ps;
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-
-/// A participant of DDS's own, with one reader or writer on the topic of a test.
-class PlainPeer
-{
-public:
-    using Type = dds::TypeSupport;
-
-    explicit PlainPeer(const Uri& uri, const std::string& name = "plain")
-    {
-        auto* const factory = dds::DomainParticipantFactory::get_instance();
-        dds::DomainParticipantQos qos;
-        qos.name(name);
-        participant_ = factory->create_participant(ovra::plex::DdsUriHelper::domain(uri, {}), qos);
-        topicName_ = ovra::plex::DdsUriHelper::topic(uri, true);
-    }
-
-    PlainPeer(const PlainPeer&) = delete;
-    PlainPeer& operator=(const PlainPeer&) = delete;
-
-    ~PlainPeer()
-    {
-        participant_->delete_contained_entities();
-        dds::DomainParticipantFactory::get_instance()->delete_participant(participant_);
-    }
-
-    dds::Topic* topic(const Type& type)
-    {
-        type.register_type(participant_);
-        return participant_->create_topic(topicName_, type.get_type_name(), dds::TopicQos());
-    }
-
-    void write(const dds::DataWriterQos& qos, const dds::PublisherQos& publisherQos = {},
-               const Type& type = altAz())
-    {
-        participant_->create_publisher(publisherQos)->create_datawriter(topic(type), qos);
-    }
-
-    void read(const dds::DataReaderQos& qos, const dds::SubscriberQos& subscriberQos = {},
-              const Type& type = altAz())
-    {
-        participant_->create_subscriber(subscriberQos)->create_datareader(topic(type), qos);
-    }
-
-    static Type altAz() { return Type(new generated::dds_::vexstubif::AltAzPubSubType()); }
-
-private:
-    dds::DomainParticipant* participant_;
-    std::string topicName_;
-};
-
-class StatusTest : public EntityTest
-{
-protected:
-    /// Waits until an entity's status meets a condition. @returns it.
-    template <class Entity, class Condition>
-    static ps::EntityStatus statusOnce(Entity& entity, Condition condition)
-    {
-        ps::EntityStatus status;
-        EXPECT_TRUE(waitFor([&] { return condition(status = ps::status(entity)); }));
-        return status;
-    }
-
-    static std::vector<std::string> inWords(const std::vector<ps::Refusal>& refusals)
-    {
-        std::vector<std::string> texts;
-        for (const auto& refusal : refusals) {
-            texts.push_back(toString(refusal));
-        }
-        return texts;
-    }
-
-    static bool refusesOne(const ps::EntityStatus& status) { return status.refused.size() == 1; }
-
-    static bool matchesOne(const ps::EntityStatus& status) { return status.matched.size() == 1; }
-};
 
 TEST_F(StatusTest, NamesTheEntityAndItsPeerInTheSameParticipant)
 {
@@ -220,6 +130,49 @@ TEST_F(StatusTest, CountsWhatCallbacksGetAndThrow)
     EXPECT_EQ(counters.callbacksThrew, 1U);
 }
 
+TEST_F(StatusTest, CountsNoPartBeforeItsWhole)
+{
+    const auto publisher = EntityTest::publisher();
+    const auto subscriber = EntityTest::subscriber();
+    std::atomic<bool> isOver = false;
+    auto looking = std::async(std::launch::async, [&] {
+        while (!isOver) {
+            const auto counters = ps::status(*subscriber).counters;
+            ASSERT_LE(counters.delivered + counters.tooOld, counters.received);
+            ASSERT_LE(counters.received, ps::status(*publisher).counters.published);
+        }
+    });
+    for (int i = 0; i < 300; ++i) {
+        publishPositions(*publisher, 3);
+        EXPECT_THAT(subscriber->read(0), SizeIs(3));
+    }
+    isOver = true;
+    looking.get();
+    EXPECT_EQ(ps::status(*subscriber).counters.delivered, 900U);
+}
+
+TEST_F(StatusTest, TellsWhatHistoriesHold)
+{
+    const auto publisher = EntityTest::publisher();
+    const auto subscriber = EntityTest::subscriber();
+    const auto mostRecent = mrvSubscriber();
+    publishPositions(*publisher, 3);
+    EXPECT_EQ(ps::status(*subscriber).history.unread, 3U);
+    EXPECT_EQ(ps::status(*mostRecent).history.unread, 1U);
+    EXPECT_EQ(ps::status(*publisher).history.unread, 0U);
+    EXPECT_THAT(subscriber->read(2), SizeIs(2));
+    EXPECT_THAT(mostRecent->readMostRecent(0ms), SizeIs(1));
+    EXPECT_EQ(ps::status(*subscriber).history.unread, 1U);
+    EXPECT_EQ(ps::status(*mostRecent).history.unread, 0U);
+    EXPECT_EQ(ps::status(*publisher).history.most, 40000U);
+    EXPECT_EQ(ps::status(*subscriber).history.most, 40000U);
+    EXPECT_EQ(ps::status(*mostRecent).history.most, 1U);
+    const Properties latched{{"dds.qos.profile.library", "latched"}, {"dds.qos.profile.file", PROFILE_FILE}};
+    const auto keepsLast = ps::status(*EntityTest::publisher({}, latched)).history;
+    EXPECT_EQ(keepsLast.most, 100U);
+    EXPECT_EQ(keepsLast.mostOfInstance, 100U);
+}
+
 TEST_F(StatusTest, CountsWhatIsTooOld)
 {
     const auto publisher = EntityTest::publisher();
@@ -231,171 +184,6 @@ TEST_F(StatusTest, CountsWhatIsTooOld)
     EXPECT_EQ(counters.received, 1U);
     EXPECT_EQ(counters.tooOld, 1U);
     EXPECT_EQ(counters.delivered, 0U);
-}
-
-// --- Refusals
-// -------------------------------------------------------------------------------------------------
-
-/// The quality of service of a plain peer.
-struct PeerQos {
-    dds::DataWriterQos writer;
-    dds::PublisherQos publisher;
-    dds::DataReaderQos reader;
-    dds::SubscriberQos subscriber;
-};
-
-/// A way in which a peer does not fit, and what is said of it.
-struct Mismatch {
-    const char* name;
-    void (*change)(PeerQos&);
-    bool isOurWriter; ///< whether the publisher is ours, and the reader the peer's
-    bool isRefused;   ///< by Fast DDS, too
-    const char* reason;
-    const char* profile = nullptr; ///< of ours
-};
-
-std::ostream& operator<<(std::ostream& out, const Mismatch& mismatch)
-{
-    return out << mismatch.name;
-}
-
-class RefusalTest : public StatusTest, public testing::WithParamInterface<Mismatch>
-{
-protected:
-    template <class Entity>
-    void expectReason(Entity& entity)
-    {
-        if (GetParam().isRefused) {
-            const auto status = statusOnce(entity, refusesOne);
-            EXPECT_THAT(status.matched, IsEmpty());
-            EXPECT_THAT(inWords(status.refused.at(0).refusals), ElementsAre(GetParam().reason));
-        } else {
-            const auto status = statusOnce(entity, matchesOne);
-            EXPECT_THAT(status.refused, IsEmpty());
-            EXPECT_THAT(inWords(status.matched.at(0).refusals), ElementsAre(GetParam().reason));
-        }
-    }
-
-    Properties properties() const
-    {
-        if (GetParam().profile == nullptr) {
-            return {};
-        }
-        return {{"dds.qos.profile.library", GetParam().profile}, {"dds.qos.profile.file", PROFILE_FILE}};
-    }
-};
-
-TEST_P(RefusalTest, IsSaidWithItsReason)
-{
-    PeerQos qos;
-    GetParam().change(qos);
-    PlainPeer peer(uri);
-    if (GetParam().isOurWriter) {
-        const auto publisher = EntityTest::publisher({}, properties());
-        peer.read(qos.reader, qos.subscriber);
-        expectReason(*publisher);
-    } else {
-        const auto subscriber = EntityTest::subscriber({}, properties());
-        peer.write(qos.writer, qos.publisher);
-        expectReason(*subscriber);
-    }
-}
-
-const auto mismatches = std::to_array<Mismatch>({
-    {"ReliabilityAsked",
-     [](PeerQos& qos) { qos.writer.reliability().kind = dds::BEST_EFFORT_RELIABILITY_QOS; }, false, true,
-     "reliability: reliable asked for, best-effort offered", "reliable"},
-    {"DurabilityAskedOfUs",
-     [](PeerQos& qos) { qos.reader.durability().kind = dds::TRANSIENT_LOCAL_DURABILITY_QOS; }, true, true,
-     "durability: transient-local asked for, volatile offered", "reliable"},
-    {"DurabilityAskedByUs", [](PeerQos& qos) { qos.writer.durability().kind = dds::VOLATILE_DURABILITY_QOS; },
-     false, true, "durability: transient-local asked for, volatile offered", "latched"},
-    {"DeadlineAskedOfUs", [](PeerQos& qos) { qos.reader.deadline().period = {0, 500000000}; }, true, true,
-     "deadline: 0.5 s asked for, infinite offered"},
-    {"LatencyBudgetOffered", [](PeerQos& qos) { qos.writer.latency_budget().duration = {2, 0}; }, false,
-     false, "latency budget: 0 s asked for, 2 s offered"},
-    {"LivelinessAskedOfUs",
-     [](PeerQos& qos) { qos.reader.liveliness().kind = dds::MANUAL_BY_TOPIC_LIVELINESS_QOS; }, true, true,
-     "liveliness: manual by topic, lease infinite asked for, automatic, lease infinite offered"},
-    {"LeaseAskedOfUs", [](PeerQos& qos) { qos.reader.liveliness().lease_duration = {3, 0}; }, true, true,
-     "liveliness: automatic, lease 3 s asked for, automatic, lease infinite offered"},
-    {"OwnershipAskedOfUs", [](PeerQos& qos) { qos.reader.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS; },
-     true, true, "ownership: exclusive asked for, shared offered"},
-    {"OwnershipOffered", [](PeerQos& qos) { qos.writer.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS; },
-     false, true, "ownership: shared asked for, exclusive offered"},
-    {"PresentationAskedOfUs",
-     [](PeerQos& qos) {
-         qos.subscriber.presentation().access_scope = dds::TOPIC_PRESENTATION_QOS;
-         qos.subscriber.presentation().coherent_access = true;
-     },
-     true, false, "presentation: topic, coherent asked for, instance offered"},
-    {"PartitionAskedOfUs", [](PeerQos& qos) { qos.subscriber.partition().push_back("north*"); }, true, true,
-     "partition: \"north*\" asked for, \"\" offered"},
-    {"PartitionOffered", [](PeerQos& qos) { qos.publisher.partition().push_back("south"); }, false, true,
-     "partition: \"\" asked for, \"south\" offered"},
-    {"RepresentationOffered",
-     [](PeerQos& qos) { ovra::plex::fastdds::offer(qos.writer, dds::XCDR2_DATA_REPRESENTATION, true); },
-     false, true, "data representation: xcdr1 asked for, xcdr2 offered"},
-    {"RepresentationAskedOfUs",
-     [](PeerQos& qos) {
-         ovra::plex::fastdds::representationOf(qos.reader).m_value = {dds::XCDR2_DATA_REPRESENTATION};
-     },
-     true, true, "data representation: xcdr2 asked for, xcdr1 offered"},
-});
-
-INSTANTIATE_TEST_SUITE_P(Policies, RefusalTest, testing::ValuesIn(mismatches),
-                         [](const auto& tested) { return std::string(tested.param.name); });
-
-TEST_F(StatusTest, NamesBothTypesOfATopic)
-{
-    const auto subscriber = EntityTest::subscriber();
-    PlainPeer peer(uri);
-    peer.write({}, {}, PlainPeer::Type(new generated::dds_::vexstubif::DomeTemperaturePubSubType()));
-    const auto status = statusOnce(*subscriber, refusesOne);
-    EXPECT_THAT(inWords(status.refused[0].refusals),
-                ElementsAre("type name: generated::dds_::vexstubif::AltAz asked for, "
-                            "generated::dds_::vexstubif::DomeTemperature offered"));
-}
-
-TEST_F(StatusTest, NamesEveryReasonOfAPair)
-{
-    const auto publisher = EntityTest::publisher();
-    PlainPeer peer(uri);
-    dds::DataReaderQos qos;
-    qos.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
-    qos.deadline().period = {1, 0};
-    peer.read(qos);
-    EXPECT_THAT(inWords(statusOnce(*publisher, refusesOne).refused[0].refusals),
-                ElementsAre("deadline: 1 s asked for, infinite offered",
-                            "ownership: exclusive asked for, shared offered"));
-}
-
-TEST_F(StatusTest, SaysWhenAPeerHasChangedItsMind)
-{
-    const auto publisher = EntityTest::publisher();
-    {
-        PlainPeer peer(uri);
-        dds::DataReaderQos qos;
-        qos.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
-        peer.read(qos);
-        statusOnce(*publisher, refusesOne);
-    }
-    statusOnce(*publisher, [](const auto& status) { return status.refused.empty(); });
-    PlainPeer fitting(uri);
-    fitting.read({});
-    EXPECT_THAT(statusOnce(*publisher, matchesOne).refused, IsEmpty());
-}
-
-TEST_F(StatusTest, KnowsPeersThatWereThereBefore)
-{
-    PlainPeer peer(uri);
-    dds::DataReaderQos qos;
-    qos.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
-    peer.read(qos);
-    const auto first = EntityTest::publisher();
-    statusOnce(*first, refusesOne);
-    const auto second = EntityTest::publisher();
-    EXPECT_THAT(ps::status(*second).refused, SizeIs(1));
 }
 
 // --- Waiting
@@ -555,8 +343,10 @@ TEST_F(StatusTest, ARefusedPairIsRecordedOnce)
         " and the publisher in the same process do not match: ownership: shared asked for, exclusive offered";
     EXPECT_TRUE(waitFor([&] { return log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, text) == 1; }));
     const auto publisher = EntityTest::publisher(); // another change
-    ASSERT_TRUE(ps::waitForMatched(*subscriber, 1, patience));
-    EXPECT_TRUE(waitFor([&] { return !log.allRecords().empty(); }));
+    const auto matched =
+        "The subscriber of topic " + topic + " is matched with the publisher in the same process";
+    EXPECT_TRUE(
+        waitFor([&] { return log.count("plexDdsDiscovery", log4cplus::INFO_LOG_LEVEL, matched) == 1; }));
     EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, text), 1);
 }
 

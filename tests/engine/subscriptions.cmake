@@ -12,9 +12,20 @@ plex_add_test(engine-subscription-tests
 
 plex_add_test(engine-status-tests
     SOURCES
+        AnnouncementTest.cpp
+        RefusalTest.cpp
         StatusTest.cpp
+    LIBRARIES plex-dds-vexstubif plex-dds-keyed)
+plex_add_test(engine-status-process-tests
+    SOURCES
+        StatusProcessesTest.cpp
     LIBRARIES plex-dds-vexstubif)
-target_compile_definitions(engine-status-tests PRIVATE PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml")
+foreach(target IN ITEMS engine-status-tests engine-status-process-tests)
+    target_compile_definitions(${target} PRIVATE
+        POLICIES_FILE="${CMAKE_CURRENT_LIST_DIR}/policies.xml"
+        PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml"
+        REFERENCE="${PROJECT_SOURCE_DIR}/docs/status.md")
+endforeach()
 
 plex_add_test(engine-event-tests
     SOURCES
