@@ -62,6 +62,10 @@ class Peer:
     def numbers(self):
         return [value.number for value in self.values() if value.number != WARM_UP]
 
+    def expect_matched(self, count, seconds=30):
+        """Waits until it has so many peers, as it says."""
+        wait_for(lambda: self.found(r"matched (\d+)\n")[-1:] == [str(count)], f"{count} peers of {self.name}", seconds)
+
     def publish(self, first, count, rate):
         """Returns when DDS has taken all."""
         done = f"published {first} {count}\n"
@@ -256,6 +260,27 @@ def cut_beyond_the_lease_costs_what_is_not_kept():
     end(*reliable, *latched, leaving)
 
 
+def cut_off_host_is_unmatched_after_its_lease():
+    network = Network()
+    network.join_by_relay(loss=0, delay=0.0005, jitter=0)
+    peers = publisher, subscriber = pair(network, "reliable")
+    network.relay.send_signal(signal.SIGSTOP)
+    cut = time.monotonic()
+    for peer in peers:
+        peer.expect_matched(1)
+    for peer in peers:
+        peer.expect_matched(0, 40)
+    seconds = time.monotonic() - cut
+    print(f"both were unmatched {seconds:.1f} s after the cut")
+    assert seconds > 10, "a lease takes 20 s"
+    network.relay.send_signal(signal.SIGCONT)
+    for peer in peers:
+        peer.expect_matched(1)
+    publisher.publish(1, 50, 100)
+    subscriber.expect_at_last(range(1, 51))
+    end(*peers)
+
+
 def late_subscriber_gets_what_is_latched():
     network = joined()
     publisher = Peer(network.near, "publish", "latched")
@@ -306,6 +331,7 @@ SCENARIOS = {
     "CutHostHoldsUpNobodyElse": cut_host_holds_up_nobody_else,
     "FullHistoryRefusesAndLosesNothing": full_history_refuses_and_loses_nothing,
     "CutBeyondTheLeaseCostsWhatIsNotKept": cut_beyond_the_lease_costs_what_is_not_kept,
+    "CutOffHostIsUnmatchedAfterItsLease": cut_off_host_is_unmatched_after_its_lease,
     "LateSubscriberGetsWhatIsLatched": late_subscriber_gets_what_is_latched,
     "SubscriberKilledElsewhereDelaysClosing": subscriber_killed_elsewhere_delays_closing,
     "SubscriberKilledHereDelaysClosing": subscriber_killed_here_delays_closing,

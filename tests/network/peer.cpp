@@ -4,15 +4,18 @@
 //
 //     peer publish      reads   "publish FIRST COUNT RATE"   numbered values, so many a second; 0: at once
 //                               "close"
-//                       prints  "published FIRST COUNT", "refused NUMBER after SECONDS REASON", "closing",
+//                       prints  "matched COUNT" whenever that may have changed,
+//                               "published FIRST COUNT", "refused NUMBER after SECONDS REASON", "closing",
 //                       "closed SECONDS",
 //                               "gone SECONDS"
-//     peer subscribe    prints  "listening", then for each value "value NUMBER sent TIME received TIME"
+//     peer subscribe    prints  "listening", "matched COUNT" as a publisher does,
+//                               for each value "value NUMBER sent TIME received TIME"
 //
 // Both end with their standard input.
 #include "Settings.hpp"
 
 #include <plex/Plex.hpp>
+#include <plex/dds/Status.hpp>
 #include <vexstubif/AltAz.hpp>
 
 #include <chrono>
@@ -77,9 +80,15 @@ void close(Publisher<AltAz>& publisher)
     std::printf("closed %.3f\n", secondsSince(start));
 }
 
+void showMatched(const ovra::plex::ps::EntityStatus& status)
+{
+    std::printf("matched %zu\n", status.matched.size());
+}
+
 void runPublisher(Plex& plex, const ovra::plex::Uri& uri)
 {
     auto publisher = plex.createPublisher<AltAz>(uri);
+    const auto watch = watchStatus(*publisher, showMatched);
     for (std::string line; std::getline(std::cin, line);) {
         std::istringstream words(line);
         std::string command;
@@ -109,6 +118,7 @@ void show(const DataEvent<AltAz>& event)
 void runSubscriber(Plex& plex, const ovra::plex::Uri& uri)
 {
     auto subscriber = plex.createSubscriber<AltAz>(uri);
+    const auto watch = watchStatus(*subscriber, showMatched);
     const auto subscription = subscriber->subscribeAsync(
         DataEventFilter<AltAz>(), [](Subscriber<AltAz>&, const DataEvent<AltAz>& event) { show(event); });
     std::printf("listening\n");
