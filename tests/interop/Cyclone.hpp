@@ -51,6 +51,11 @@ public:
         checked(dds_waitset_attach(waitSet_, entity, 0), "attach to the wait set");
     }
 
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    ~Watch() { dds_delete(waitSet_); } // an entity that is attached to one can not go
+
     void wait() const
     {
         if (checked(dds_waitset_wait_until(waitSet_, nullptr, 0, end_), "wait") == 0) {

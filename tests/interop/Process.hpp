@@ -3,9 +3,12 @@
 
 #include "WaitFor.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <stdexcept>
@@ -19,7 +22,8 @@
 namespace plex::test
 {
 
-/// A program in a process of its own. It does not outlive the object.
+/// A program in a process of its own, with pipes to its standard input and from its output. It does not
+/// outlive the object.
 class Process
 {
 public:
@@ -30,10 +34,14 @@ public:
             environment.emplace_back(*own);
         }
         std::array<int, 2> ends{};
+        std::array<int, 2> inputEnds{};
         check(pipe(ends.data()) == 0 ? 0 : errno, "pipe");
         output_ = ends[0];
+        check(pipe2(inputEnds.data(), O_CLOEXEC) == 0 ? 0 : errno, "pipe");
+        input_ = inputEnds[1];
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, inputEnds[0], STDIN_FILENO);
         posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
         posix_spawn_file_actions_addclose(&actions, ends[0]);
         posix_spawn_file_actions_addclose(&actions, ends[1]);
@@ -41,6 +49,7 @@ public:
                                         pointers(arguments).data(), pointers(environment).data());
         posix_spawn_file_actions_destroy(&actions);
         close(ends[1]);
+        close(inputEnds[0]);
         check(failure, arguments.front());
     }
 
@@ -49,11 +58,31 @@ public:
 
     ~Process()
     {
+        close(input_);
         close(output_);
         if (id_ > 0) {
             kill(id_, SIGKILL);
             waitpid(id_, nullptr, 0);
         }
+    }
+
+    pid_t id() const { return id_; }
+
+    /// Writes to its standard input.
+    void say(const std::string& text) const
+    {
+        check(write(input_, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : errno,
+              "write");
+    }
+
+    /// The next line of its output that has not been returned yet; empty when there is none any more.
+    /// @throws std::runtime_error when it does not come in time.
+    std::string readLine()
+    {
+        readUntil([&](const std::string& text) { return text.find('\n', lineAt_) != std::string::npos; });
+        const auto begin = lineAt_;
+        lineAt_ = std::min(text_.find('\n', begin), text_.size() - 1) + 1;
+        return text_.substr(begin, lineAt_ - begin - 1);
     }
 
     /// Reads on until what the program has written to its standard output fulfils a condition, or ends.
@@ -114,7 +143,9 @@ private:
     }
 
     pid_t id_ = 0;
+    int input_ = -1;
     int output_ = -1;
+    std::size_t lineAt_ = 0;
     std::string text_;
 };
 
