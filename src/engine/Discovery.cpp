@@ -160,8 +160,10 @@ void Discovery::matched(const fastdds::Guid& own, const fastdds::Guid& peer, std
     const auto endpoint = change > 0 ? this->endpoint(own) : nullptr;
     const Lock lock(mutex_);
     if (endpoint) {
-        if (endpoint->state_->matched.insert(peer).second) {
-            ++endpoint->state_->matchedAltogether;
+        auto& known = endpoint->state_.matched;
+        if (std::ranges::find(known, peer) == known.end()) {
+            known.push_back(peer);
+            ++endpoint->state_.matchedAltogether;
         }
         changed(*endpoint);
     } else if (const auto known = find(own)) {
@@ -174,9 +176,9 @@ void Discovery::lost(const fastdds::Guid& own, std::uint64_t altogether)
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        auto& losses = lossesOf(*endpoint);
-        losses.lost = altogether;
-        changedAsItDoubles(*endpoint, altogether, losses.lostToTell);
+        auto& events = eventsOf(*endpoint);
+        events.lost = altogether;
+        changedAsItDoubles(*endpoint, altogether, events.lostToTell);
     }
 }
 
@@ -184,10 +186,10 @@ void Discovery::rejected(const fastdds::Guid& own, const dds::SampleRejectedStat
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        auto& losses = lossesOf(*endpoint);
-        losses.rejected = status.total_count;
-        losses.rejectedBy = status.last_reason;
-        changedAsItDoubles(*endpoint, status.total_count, losses.rejectedToTell);
+        auto& events = eventsOf(*endpoint);
+        events.rejected = status.total_count;
+        events.rejectedBy = status.last_reason;
+        changedAsItDoubles(*endpoint, status.total_count, events.rejectedToTell);
     }
 }
 
@@ -195,7 +197,7 @@ void Discovery::deadlineMissed(const fastdds::Guid& own, std::uint64_t altogethe
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        lossesOf(*endpoint).deadlinesMissed = altogether;
+        eventsOf(*endpoint).deadlinesMissed = altogether;
     }
 }
 
@@ -203,9 +205,9 @@ void Discovery::undecodable(const fastdds::Guid& own, std::size_t count, std::sp
 {
     const Lock lock(mutex_);
     if (const auto endpoint = find(own)) {
-        auto& losses = lossesOf(*endpoint);
-        losses.undecodable += count;
-        losses.undecodableBytes.assign(bytes.begin(), bytes.end());
+        auto& events = eventsOf(*endpoint);
+        events.undecodable += count;
+        events.undecodableBytes.assign(bytes.begin(), bytes.end());
     }
 }
 
@@ -265,7 +267,7 @@ std::vector<Peer> Discovery::acknowledgingPeersOf(const Endpoint& endpoint) cons
     const Lock lock(mutex_);
     std::vector<Peer> peers;
     const auto* const own = announcementOf(endpoint.guid_);
-    for (const auto& guid : endpoint.state_->matched) {
+    for (const auto& guid : endpoint.state_.matched) {
         const auto* const announcement = announcementOf(guid);
         if (own != nullptr && announcement != nullptr &&
             announcement->reliability == dds::RELIABLE_RELIABILITY_QOS) {
@@ -280,19 +282,21 @@ bool Discovery::waitForMatched(const Endpoint& endpoint, std::size_t count,
 {
     std::unique_lock lock(mutex_);
     const auto isEnough = [&] {
-        return endpoint.state_->isGone || endpoint.state_->matched.size() >= count;
+        return endpoint.state_.isGone || endpoint.state_.matched.size() >= count;
     };
     matchesChanged_.wait_for(lock, timeout, isEnough);
-    return endpoint.state_->matched.size() >= count;
+    return endpoint.state_.matched.size() >= count;
 }
 
 EntityStatus Discovery::statusOfLocked(const Endpoint& endpoint) const
 {
-    const auto& state = *endpoint.state_;
+    const auto& state = endpoint.state_;
     EntityStatus status;
     status.guid = inWords(endpoint.guid_);
     status.isPublisher = isWriter(endpoint.guid_);
-    status.former = state.former;
+    if (state.events) {
+        status.former = state.events->former;
+    }
     status.matchedAltogether = state.matchedAltogether;
     status.counters = endpoint.countersNow();
     const auto* const own = announcementOf(endpoint.guid_);
@@ -305,7 +309,7 @@ EntityStatus Discovery::statusOfLocked(const Endpoint& endpoint) const
         status.matched.push_back(peer(guid, *own));
     }
     for (const auto& [guid, announcement] : announcements_) {
-        if (isRefused(*own, announcement) && !state.matched.contains(guid)) {
+        if (isRefused(*own, announcement) && std::ranges::find(state.matched, guid) == state.matched.end()) {
             status.refused.push_back(peer(announcement, *own));
         }
     }
@@ -370,25 +374,26 @@ void Discovery::describeParticipant(Peer& described, const fastdds::Guid& guid) 
         described.vendor == "Fast DDS" ? distanceBetween(self_, guid) : distanceOf(described);
 }
 
-Endpoint::Losses& Discovery::lossesOf(Endpoint& endpoint)
+Endpoint::Events& Discovery::eventsOf(Endpoint& endpoint)
 {
-    auto& losses = endpoint.state_->losses;
-    if (!losses) {
-        losses = std::make_unique<Endpoint::Losses>();
+    auto& events = endpoint.state_.events;
+    if (!events) {
+        events = std::make_unique<Endpoint::Events>();
     }
-    return *losses;
+    return *events;
 }
 
 void Discovery::part(Endpoint& endpoint, const fastdds::Guid& peer)
 {
-    auto& state = *endpoint.state_;
-    if (state.matched.erase(peer) == 0) {
+    auto& state = endpoint.state_;
+    if (std::erase(state.matched, peer) == 0) {
         return;
     }
     const auto* const own = announcementOf(endpoint.guid_);
-    state.former.push_back(own == nullptr ? unannouncedPeer(peer) : this->peer(peer, *own));
-    if (state.former.size() > mostFormer) {
-        state.former.erase(state.former.begin());
+    auto& former = eventsOf(endpoint).former;
+    former.push_back(own == nullptr ? unannouncedPeer(peer) : this->peer(peer, *own));
+    if (former.size() > mostFormer) {
+        former.erase(former.begin());
     }
     changed(endpoint);
 }
@@ -397,7 +402,7 @@ void Discovery::forget(const fastdds::AnnouncedEndpoint& endpoint)
 {
     const auto own = own_.find(endpoint.guid);
     if (own != own_.end()) {
-        own->second->state_->isGone = true;
+        own->second->state_.isGone = true;
         own_.erase(own);
         matchesChanged_.notify_all();
     }
@@ -420,7 +425,7 @@ void Discovery::changedOppositeOf(const fastdds::AnnouncedEndpoint& endpoint)
 
 void Discovery::changed(Endpoint& endpoint)
 {
-    endpoint.state_->hasChanged = true;
+    endpoint.state_.hasChanged = true;
     if (std::exchange(isTold_, false)) {
         statusThread().run([self = shared_from_this()] { self->tell(); });
     }
@@ -438,7 +443,7 @@ void Discovery::tell(const Endpoint& endpoint, const std::shared_ptr<Endpoint::W
 {
     const Lock lock(mutex_);
     if (const auto own = find(endpoint.guid_)) {
-        auto& watchers = own->state_->watchers;
+        auto& watchers = eventsOf(*own).watchers;
         std::erase_if(watchers, [](const auto& known) { return known.expired(); });
         watchers.push_back(watcher);
         changed(*own);
@@ -458,8 +463,9 @@ void Discovery::tell()
         const Lock lock(mutex_);
         isTold_ = true;
         for (const auto& [guid, own] : own_) {
-            if (std::exchange(own->state_->hasChanged, false)) {
-                news.push_back({own, statusOfLocked(*own), own->state_->watchers});
+            if (std::exchange(own->state_.hasChanged, false)) {
+                const auto& events = own->state_.events;
+                news.push_back({own, statusOfLocked(*own), events ? events->watchers : Endpoint::Watchers()});
             }
         }
     }

@@ -10,7 +10,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -70,7 +69,7 @@ private:
 
     // All of what follows is called with the mutex held.
 
-    static Endpoint::Losses& lossesOf(Endpoint& endpoint);
+    static Endpoint::Events& eventsOf(Endpoint& endpoint);
     std::shared_ptr<Endpoint> find(const fastdds::Guid& own) const;
     Peer peer(const fastdds::AnnouncedEndpoint& endpoint, const fastdds::AnnouncedEndpoint& own) const;
     Peer unannouncedPeer(const fastdds::Guid& guid) const;
@@ -98,8 +97,8 @@ private:
     bool isTold_ = true; ///< whether nothing has changed since tell() has begun
 };
 
-/// What went wrong with samples.
-struct Endpoint::Losses {
+/// What few endpoints have: losses, peers that have gone, and who wants to hear of changes.
+struct Endpoint::Events {
     std::uint64_t lost = 0;
     std::uint64_t lostToTell = 1; ///< so many are told of next
     std::uint64_t rejected = 0;
@@ -108,17 +107,8 @@ struct Endpoint::Losses {
     std::uint64_t deadlinesMissed = 0;
     std::uint64_t undecodable = 0;
     std::vector<std::uint8_t> undecodableBytes;
-};
-
-/// What only Discovery looks at and changes, with its mutex held.
-struct Endpoint::State {
-    std::set<fastdds::Guid> matched;
-    std::uint64_t matchedAltogether = 0;
     std::vector<Peer> former;
-    std::unique_ptr<Losses> losses; ///< most endpoints have none
     Watchers watchers;
-    bool isGone = false;
-    bool hasChanged = true;
 };
 
 } // namespace ovra::plex::ps::internal

@@ -72,7 +72,6 @@ private:
 Endpoint::Endpoint(std::weak_ptr<Discovery> discovery, fastdds::Guid guid)
     : discovery_(std::move(discovery))
     , guid_(std::move(guid))
-    , state_(std::make_unique<State>())
 {
 }
 
@@ -124,13 +123,13 @@ Counters Endpoint::countersNow() const
     all.tooOld = now(counters.tooOld);
     all.received = now(counters.received);
     all.callbacksThrew = now(counters.callbacksThrew);
-    if (const auto& losses = state_->losses) {
-        all.undecodable = losses->undecodable;
-        all.undecodableBytes = losses->undecodableBytes;
-        all.lost = losses->lost;
-        all.rejected = losses->rejected;
-        all.rejectedBy = inWords(losses->rejectedBy);
-        all.deadlinesMissed = losses->deadlinesMissed;
+    if (const auto& events = state_.events) {
+        all.undecodable = events->undecodable;
+        all.undecodableBytes = events->undecodableBytes;
+        all.lost = events->lost;
+        all.rejected = events->rejected;
+        all.rejectedBy = inWords(events->rejectedBy);
+        all.deadlinesMissed = events->deadlinesMissed;
     }
     return all;
 }

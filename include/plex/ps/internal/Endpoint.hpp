@@ -101,10 +101,18 @@ private:
 
     class Watcher;
     class Watch;
-    struct Losses;
-    struct State;
+    struct Events;
 
     using Watchers = std::vector<std::weak_ptr<Watcher>>;
+
+    /// What only Discovery looks at and changes, with its mutex held.
+    struct State {
+        std::vector<fastdds::Guid> matched;
+        std::uint64_t matchedAltogether = 0;
+        std::unique_ptr<Events> events; ///< made with the first one
+        bool isGone = false;
+        bool hasChanged = true;
+    };
 
     /// What has been recorded of peers and losses.
     struct Recorded {
@@ -126,7 +134,7 @@ private:
 
     const std::weak_ptr<Discovery> discovery_;
     const fastdds::Guid guid_;
-    const std::unique_ptr<State> state_; ///< belongs to Discovery
+    State state_;
     std::unique_ptr<Recorded> recorded_; ///< belongs to the thread that tells; made when there is something
 };
 
