@@ -10,6 +10,10 @@
 #include <plex/dds/Status.hpp>
 // [/status-use]
 
+// [qos-use]
+#include <plex/dds/QosInEffect.hpp>
+// [/qos-use]
+
 #include <keyed/Channel.hpp>
 
 // [log-use]
@@ -327,6 +331,19 @@ void askForStatus()
     // [/watch]
 }
 
+void settings()
+{
+    const auto [plex, uri, publisher, subscriber] = Topic<AltAz>();
+    // [qos]
+    std::cerr << toText(qosInEffect(*publisher));
+    for (const QosSetting& setting : qosInEffect(*subscriber)) {
+        if (setting.name == "reliability" && setting.value != "reliable") {
+            std::cerr << "values may be lost: " << toString(setting.origin) << '\n';
+        }
+    }
+    // [/qos]
+}
+
 void close()
 {
     const auto [plex, uri, publisher, subscriber] = Topic<AltAz>();
@@ -416,6 +433,7 @@ int main()
     run("limitAge", limitAge, "0 of 1\n");
     run("waitForSubscribers", waitForSubscribers, "best effort\n");
     run("askForStatus", askForStatus, "1 publishers, 1 values\n");
+    runForErrors("settings", settings, "values may be lost: DDS default");
     run("close", close, "closed\n");
     runForErrors("handleErrors", handleErrors, "closed, or a value of another transport: Entity closed");
     runForErrors("log", log, "Publisher for dds+ps://");

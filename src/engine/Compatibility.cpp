@@ -31,17 +31,6 @@ std::string nameOf(const std::array<const char*, Count>& names, int kind)
     return index < Count ? names[index] : "kind " + std::to_string(kind);
 }
 
-std::string inWords(const fastdds::Duration_t& duration)
-{
-    if (fastdds::isInfinite(duration)) {
-        return "infinite";
-    }
-    std::array<char, 32> text{};
-    const auto length = std::snprintf(text.data(), text.size(), "%.9g s",
-                                      static_cast<double>(duration.seconds) + duration.nanosec * 1e-9);
-    return {text.data(), static_cast<std::size_t>(length)};
-}
-
 std::string typeName(const Announced& endpoint)
 {
     return endpoint.type;
@@ -65,7 +54,7 @@ std::string durability(const Announced& endpoint)
 std::string liveliness(const Announced& endpoint)
 {
     return nameOf(std::array{"automatic", "manual by participant", "manual by topic"}, endpoint.liveliness) +
-           ", lease " + inWords(endpoint.livelinessLease);
+           ", lease " + durationInWords(endpoint.livelinessLease);
 }
 
 std::string ownership(const Announced& endpoint)
@@ -181,11 +170,11 @@ const auto policies = std::to_array<Rule>({
      [](const Announced& offered, const Announced& asked) {
          return offered.durability >= asked.durability;
      }},
-    {"deadline", [](const Announced& endpoint) { return inWords(endpoint.deadline); },
+    {"deadline", [](const Announced& endpoint) { return durationInWords(endpoint.deadline); },
      [](const Announced& offered, const Announced& asked) {
          return !(offered.deadline > asked.deadline);
      }},
-    {"latency budget", [](const Announced& endpoint) { return inWords(endpoint.latencyBudget); },
+    {"latency budget", [](const Announced& endpoint) { return durationInWords(endpoint.latencyBudget); },
      [](const Announced& offered, const Announced& asked) {
          return !(offered.latencyBudget > asked.latencyBudget);
      },
@@ -217,6 +206,17 @@ void addRefusals(const Rules& rules, const Announced& writer, const Announced& r
 }
 
 } // namespace
+
+std::string durationInWords(const fastdds::Duration_t& duration)
+{
+    if (fastdds::isInfinite(duration)) {
+        return "infinite";
+    }
+    std::array<char, 32> text{};
+    const auto length = std::snprintf(text.data(), text.size(), "%.9g s",
+                                      static_cast<double>(duration.seconds) + duration.nanosec * 1e-9);
+    return {text.data(), static_cast<std::size_t>(length)};
+}
 
 bool isWriter(const fastdds::Guid& endpoint)
 {

@@ -4,11 +4,15 @@
 #include <plex/dds/Status.hpp>
 #include <plex/fastdds/DiscoveryListener.hpp>
 
+#include <string>
 #include <vector>
 
 /// Whether a writer and a reader of one topic fit, and what they announce, in words.
 namespace ovra::plex::ps::internal
 {
+
+/// A duration in seconds, as "0.1 s", or "infinite".
+std::string durationInWords(const fastdds::Duration_t& duration);
 
 /// Whether an endpoint writes, by its entity kind (RTPS 2.5, 9.3.1.2).
 bool isWriter(const fastdds::Guid& endpoint);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "QosLayers.hpp"
 #include "TopicUses.hpp"
 
 #include <plex/dds/DdsUriHelper.hpp>
@@ -216,15 +217,12 @@ dds::Subscriber* DdsEntityBase::createReadersSubscriber(const log4cplus::Logger&
         {"Failed to create subscriber with profile:", "", "Failed to create subscriber"});
 }
 
-namespace
+QosWishes DdsEntityBase::wishes() const
 {
-
-bool mayPreallocate(const fastdds::TopicDataType& type)
-{
-    return fastdds::mayPreallocate(type.is_bounded(), type.m_typeSize);
+    const auto& type = topicDataType();
+    return {deadlineMs_, representation_, fastdds::mayPreallocate(type.is_bounded(), type.m_typeSize),
+            type.m_isGetKeyDefined};
 }
-
-} // namespace
 
 dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, dds::Topic& topic,
                                              const log4cplus::Logger& logger,
@@ -235,22 +233,11 @@ dds::DataWriter* DdsEntityBase::createWriter(dds::Publisher& publisher, dds::Top
         properties_, ProfileType::Writer, logger,
         {"Failed to create writer with profile:", "", "Failed to create writer"},
         [&](Profile profile) { return createWriterWithProfile(publisher, topic, profile); },
-        [&] { return publisher.create_datawriter(&topic, writerQos(historyDepth), nullptr, allStatuses()); });
-}
-
-dds::DataWriterQos DdsEntityBase::writerQos(std::optional<std::int32_t> historyDepth) const
-{
-    dds::DataWriterQos qos;
-    if (deadlineMs_ > 0) {
-        qos.deadline().period = deadlinePeriod(deadlineMs_);
-    }
-    qos.history().kind = dds::KEEP_ALL_HISTORY_QOS;
-    qos.history().depth = historyDepth.value_or(qos.history().depth);
-    qos.resource_limits().max_samples = 40000;
-    qos.resource_limits().max_instances = 100;
-    qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_RESERVE_MEMORY_MODE;
-    setRepresentation(qos, representation_, mayPreallocate(topicDataType())); // may need another policy
-    return qos;
+        [&] {
+            dds::DataWriterQos qos;
+            applyLayers(writerLayers(wishes(), historyDepth), qos);
+            return publisher.create_datawriter(&topic, qos, nullptr, allStatuses());
+        });
 }
 
 dds::DataWriter* DdsEntityBase::createWriterWithProfile(dds::Publisher& publisher, dds::Topic& topic,
@@ -259,11 +246,11 @@ dds::DataWriter* DdsEntityBase::createWriterWithProfile(dds::Publisher& publishe
     if (!representation_) {
         return publisher.create_datawriter_with_profile(&topic, profile, nullptr, allStatuses());
     }
-    dds::DataWriterQos qos; // a profile cannot say the representation
+    dds::DataWriterQos qos;
     if (fastdds::code(publisher.get_datawriter_qos_from_profile(profile, qos)) != fastdds::RETCODE_OK) {
         return nullptr;
     }
-    setRepresentation(qos, representation_, mayPreallocate(topicDataType()));
+    applyLayers(layersOnWriterProfile(wishes()), qos);
     return publisher.create_datawriter(&topic, qos, nullptr, allStatuses());
 }
 
@@ -275,22 +262,11 @@ dds::DataReader* DdsEntityBase::createReader(dds::Subscriber& subscriber, dds::T
         properties_, ProfileType::Reader, logger,
         {"Failed to create reader with profile:", "", "Failed to create reader"},
         [&](Profile profile) { return createReaderWithProfile(subscriber, topic, profile); },
-        [&] { return subscriber.create_datareader(&topic, readerQos(), nullptr, allStatuses()); });
-}
-
-dds::DataReaderQos DdsEntityBase::readerQos() const
-{
-    dds::DataReaderQos qos;
-    setRepresentation(qos, representation_);
-    qos.history().kind = dds::KEEP_ALL_HISTORY_QOS;
-    qos.history().depth = 1000;
-    qos.resource_limits().max_samples = 40000;
-    qos.resource_limits().max_instances = 100;
-    qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
-    if (deadlineMs_ > 0) {
-        qos.deadline().period = deadlinePeriod(deadlineMs_);
-    }
-    return qos;
+        [&] {
+            dds::DataReaderQos qos;
+            applyLayers(readerLayers(wishes()), qos);
+            return subscriber.create_datareader(&topic, qos, nullptr, allStatuses());
+        });
 }
 
 dds::DataReader* DdsEntityBase::createReaderWithProfile(dds::Subscriber& subscriber, dds::Topic& topic,
@@ -299,11 +275,11 @@ dds::DataReader* DdsEntityBase::createReaderWithProfile(dds::Subscriber& subscri
     if (!representation_) {
         return subscriber.create_datareader_with_profile(&topic, profile, nullptr, allStatuses());
     }
-    dds::DataReaderQos qos; // a profile cannot say the representation
+    dds::DataReaderQos qos;
     if (fastdds::code(subscriber.get_datareader_qos_from_profile(profile, qos)) != fastdds::RETCODE_OK) {
         return nullptr;
     }
-    setRepresentation(qos, representation_);
+    applyLayers(layersOnReaderProfile(wishes()), qos);
     return subscriber.create_datareader(&topic, qos, nullptr, allStatuses());
 }
 
@@ -311,14 +287,7 @@ dds::DataReader* DdsEntityBase::createMostRecentReader(dds::Subscriber& subscrib
 {
     const dds::StatusMask communicationStatuses(0x7FE7);
     dds::DataReaderQos qos;
-    setRepresentation(qos, representation_);
-    qos.history().kind = dds::KEEP_LAST_HISTORY_QOS;
-    qos.history().depth = 1;
-    qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
-    if (topicDataType().m_isGetKeyDefined) { // every instance counts, however many
-        qos.resource_limits().max_instances = dds::LENGTH_UNLIMITED;
-        qos.resource_limits().max_samples = dds::LENGTH_UNLIMITED;
-    }
+    applyLayers(mostRecentReaderLayers(wishes()), qos);
     const EndpointLock lock;
     return subscriber.create_datareader(&topic, qos, nullptr, communicationStatuses);
 }

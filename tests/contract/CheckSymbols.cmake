@@ -18,8 +18,8 @@ foreach(line IN LISTS lines)
     if(symbol MATCHES "lambda")
         continue() # compilers name them differently
     endif()
-    if(symbol STREQUAL "typeinfo for ovra::plex::ps::ObservableEntity")
-        continue() # the engine's; builds with sanitizers have it wherever they look at an object of the class
+    if(symbol MATCHES "^typeinfo for ovra::plex::ps::(Configured|Observable)Entity$")
+        continue() # the engine's; builds with sanitizers have these wherever they look at an object of the class
     endif()
     if(symbol MATCHES "^typeinfo for (ovra|generated|vexstubif)::" OR
        (kind STREQUAL "T" AND NOT symbol MATCHES "thunk to "))

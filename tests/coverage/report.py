@@ -18,6 +18,7 @@ ROOMS = {  # by folder; the longest that fits counts
     "include/plex/module/": "module",
     "include/plex/ps/": "engine",
     "src/engine/": "engine",
+    "src/profiles/": "engine",
     "generated/": "generated layer",
     "platform/": "platform",
 }

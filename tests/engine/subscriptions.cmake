@@ -27,6 +27,12 @@ foreach(target IN ITEMS engine-status-tests engine-status-process-tests)
         REFERENCE="${PROJECT_SOURCE_DIR}/docs/status.md")
 endforeach()
 
+plex_add_test(engine-qos-tests
+    SOURCES
+        QosInEffectTest.cpp
+    LIBRARIES plex-dds-vexstubif plex-dds-keyed)
+target_compile_definitions(engine-qos-tests PRIVATE PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml")
+
 plex_add_test(engine-event-tests
     SOURCES
         EventReadTest.cpp

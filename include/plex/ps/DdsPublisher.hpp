@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace ovra::plex::ps
 {
@@ -63,6 +64,9 @@ public:
     /// Waits until what was sent is acknowledged. @throws IllegalStateException unless open.
     fastdds::ReturnCode awaitAcknowledgments(const fastdds::Duration_t& timeout);
 
+    /// What its writer is set to. @throws IllegalStateException unless open.
+    std::vector<QosSetting> qosInEffect() const;
+
     /// Remembers an instance publisher, so that closing this publisher closes it.
     /// @throws IllegalStateException when this publisher is closed.
     void addDependent(InstancePublisher<T>& dependent);
@@ -71,6 +75,8 @@ public:
     void removeDependent(InstancePublisher<T>& dependent);
 
 private:
+    static constexpr std::int32_t historyDepth = 1000; ///< without profiles
+
     internal::SharedWriter::Use openWriter();
 
     template <class Write>

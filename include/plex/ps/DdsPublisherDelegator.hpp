@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace ovra::plex::ps
 {
@@ -27,6 +28,8 @@ public:
     void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
     std::shared_ptr<T> createDataEntity() override;
     void close() override;
+
+    std::vector<QosSetting> qosInEffect() const override { return impl_->qosInEffect(); }
 
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override { return impl_->endpoint(); }

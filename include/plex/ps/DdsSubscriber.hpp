@@ -85,6 +85,9 @@ public:
     /// What its reader keeps. @throws IllegalStateException unless open.
     History history();
 
+    /// What its reader is set to. @throws IllegalStateException unless open.
+    std::vector<QosSetting> qosInEffect() const;
+
 private:
     using DdsType = typename ST::DdsType;
     using Manager = SubscriptionManager<T, ST>;
@@ -151,7 +154,7 @@ private:
     std::shared_ptr<internal::dds::DataReader> createReader();
 
     /// The reader, held for one operation. @throws IllegalStateException unless open.
-    internal::SharedReader::Use openReader();
+    internal::SharedReader::Use openReader() const;
 
     /// For operations that wait. @throws IllegalStateException unless open, and as soon as closing begins.
     void checkOpen() const;

@@ -44,6 +44,8 @@ public:
     std::unique_ptr<Subscription> subscribeAsync(const DataEventFilter<T>& filter,
                                                  Notifier notifier) override;
 
+    std::vector<QosSetting> qosInEffect() const override { return impl_->qosInEffect(); }
+
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override { return impl_->endpoint(); }
 

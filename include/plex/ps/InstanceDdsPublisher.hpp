@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace ovra::plex::ps
 {
@@ -46,6 +47,8 @@ public:
     void publish(double sourceTimestamp, const T& value, const std::chrono::milliseconds& timeout) override;
 
     void close() override;
+
+    std::vector<QosSetting> qosInEffect() const override;
 
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override;

@@ -37,6 +37,8 @@ public:
 
     std::vector<std::shared_ptr<T>> readMostRecent(const std::chrono::milliseconds& timeout) override;
 
+    std::vector<QosSetting> qosInEffect() const override;
+
 private:
     std::shared_ptr<internal::Endpoint> endpoint() const override;
     History history() const override;

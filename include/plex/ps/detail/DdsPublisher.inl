@@ -32,7 +32,6 @@ DdsPublisher<T, ST>::~DdsPublisher()
 template <class T, class ST>
 void DdsPublisher<T, ST>::createDdsEntities()
 {
-    constexpr std::int32_t historyDepth = 1000;
     const internal::PublisherTexts texts{logger_, "Publisher waiting for acknowledgment failed",
                                          "Writer waiting for acknowledgment failed", waitForAckTimeoutMs_};
     topic_ = internal::holdTopic(this->participant_, this->createTopic().first, logger_,
@@ -146,6 +145,16 @@ fastdds::ReturnCode DdsPublisher<T, ST>::awaitAcknowledgments(const fastdds::Dur
 {
     const auto writer = openWriter();
     return fastdds::code(writer->wait_for_acknowledgments(timeout));
+}
+
+template <class T, class ST>
+std::vector<QosSetting> DdsPublisher<T, ST>::qosInEffect() const
+{
+    const auto writer = writer_.use();
+    if (!writer) {
+        this->failClosed();
+    }
+    return this->settingsOf(*writer, historyDepth);
 }
 
 template <class T, class ST>

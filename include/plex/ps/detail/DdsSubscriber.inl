@@ -95,7 +95,7 @@ void DdsSubscriber<T, ST>::release()
 }
 
 template <class T, class ST>
-internal::SharedReader::Use DdsSubscriber<T, ST>::openReader()
+internal::SharedReader::Use DdsSubscriber<T, ST>::openReader() const
 {
     this->checkState();
     auto reader = reader_.use();
@@ -150,6 +150,12 @@ template <class T, class ST>
 History DdsSubscriber<T, ST>::history()
 {
     return internal::historyOf(*openReader());
+}
+
+template <class T, class ST>
+std::vector<QosSetting> DdsSubscriber<T, ST>::qosInEffect() const
+{
+    return this->settingsOf(*openReader());
 }
 
 template <class T, class ST>

@@ -165,6 +165,12 @@ fastdds::ReturnCode InstanceDdsPublisher<T, ST>::awaitAcknowledgments(const fast
 }
 
 template <class T, class ST>
+std::vector<QosSetting> InstanceDdsPublisher<T, ST>::qosInEffect() const
+{
+    return parent_->settingsOf(*openWriter(), std::nullopt);
+}
+
+template <class T, class ST>
 void InstanceDdsPublisher<T, ST>::close()
 {
     release();

@@ -46,6 +46,16 @@ History MrvDdsSubscriber<T, ST>::history() const
 }
 
 template <class T, class ST>
+std::vector<QosSetting> MrvDdsSubscriber<T, ST>::qosInEffect() const
+{
+    const auto reader = m_observed.lock();
+    if (!reader) {
+        this->failClosed();
+    }
+    return this->mostRecentSettingsOf(*reader);
+}
+
+template <class T, class ST>
 std::shared_ptr<internal::dds::Topic> MrvDdsSubscriber<T, ST>::makeTopic()
 {
     return internal::holdTopic(

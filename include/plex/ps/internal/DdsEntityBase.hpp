@@ -3,6 +3,7 @@
 
 #include <plex/Export.hpp>
 #include <plex/Plex.hpp>
+#include <plex/dds/QosInEffect.hpp>
 #include <plex/ps/internal/Entities.hpp>
 #include <plex/ps/internal/Time.hpp>
 
@@ -15,9 +16,12 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace ovra::plex::ps::internal
 {
+
+struct QosWishes;
 
 /// Life cycle of an entity; it only ever goes forward.
 enum class EntityState : std::uint32_t { Uninitialized = 0, Initialized = 1, Closed = 2 };
@@ -80,6 +84,16 @@ public:
     /// sample of each instance, of which there may be any number. Null when DDS refuses it.
     dds::DataReader* createMostRecentReader(dds::Subscriber& subscriber, dds::Topic& topic) const;
 
+    /// The settings of a writer from createWriter(). @param historyDepth as it was given there.
+    std::vector<QosSetting> settingsOf(const dds::DataWriter& writer,
+                                       std::optional<std::int32_t> historyDepth) const;
+
+    /// The settings of a reader from createReader().
+    std::vector<QosSetting> settingsOf(const dds::DataReader& reader) const;
+
+    /// The settings of a reader from createMostRecentReader().
+    std::vector<QosSetting> mostRecentSettingsOf(const dds::DataReader& reader) const;
+
     /// The property "dds.qos.profile.library", or null where it is absent. Its presence decides everywhere
     /// whether QoS profiles are used.
     const char* getQosLibraryName() const;
@@ -126,8 +140,9 @@ private:
                                              const std::string& profile) const;
     dds::DataReader* createReaderWithProfile(dds::Subscriber& subscriber, dds::Topic& topic,
                                              const std::string& profile) const;
-    dds::DataWriterQos writerQos(std::optional<std::int32_t> historyDepth) const;
-    dds::DataReaderQos readerQos() const;
+    QosWishes wishes() const;
+    std::vector<QosSetting> commonSettings() const;
+    std::vector<QosSetting> readersSettings(const dds::DataReader& reader) const;
 };
 
 inline void DdsEntityBase::checkState() const

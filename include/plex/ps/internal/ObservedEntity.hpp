@@ -2,6 +2,7 @@
 #pragma once
 
 #include <plex/Export.hpp>
+#include <plex/dds/QosInEffect.hpp>
 #include <plex/dds/Status.hpp>
 #include <plex/ps/internal/Endpoint.hpp>
 #include <plex/ps/internal/History.hpp>
@@ -13,8 +14,9 @@
 namespace ovra::plex::ps::internal
 {
 
-/// The status operations of what an application holds, over the endpoint behind it.
-class PLEX_EXPORT ObservedEntity : public ObservableEntity
+/// The status operations of what an application holds, over the endpoint behind it. What it is set to, it
+/// says itself.
+class PLEX_EXPORT ObservedEntity : public ObservableEntity, public ConfiguredEntity
 {
 public:
     EntityStatus status() const final;

@@ -48,9 +48,9 @@ public:
     private:
         friend class SharedEntity;
 
-        explicit Use(SharedEntity* shared) : shared_(shared) {}
+        explicit Use(const SharedEntity* shared) : shared_(shared) {}
 
-        SharedEntity* shared_;
+        const SharedEntity* shared_;
     };
 
     SharedEntity() = default;
@@ -65,7 +65,7 @@ public:
         state_.store(0, std::memory_order_release);
     }
 
-    Use use() { return Use(enter() ? this : nullptr); }
+    Use use() const { return Use(enter() ? this : nullptr); }
 
     /// Lets no further use begin, and gives the entity up unless a use goes on. Again is harmless.
     void close()
@@ -79,7 +79,7 @@ private:
     static constexpr std::uint32_t closed = 1;
     static constexpr std::uint32_t oneUse = 2;
 
-    bool enter()
+    bool enter() const
     {
         auto state = state_.load(std::memory_order_relaxed);
         do {
@@ -91,15 +91,17 @@ private:
         return true;
     }
 
-    void leave()
+    void leave() const
     {
         if (state_.fetch_sub(oneUse, std::memory_order_acq_rel) == oneUse + closed) {
             entity_.reset();
         }
     }
 
-    std::shared_ptr<Entity> entity_;
-    std::atomic<std::uint32_t> state_ = closed; ///< the number of uses, times two, and whether it is closed
+    // A use changes nothing of what others see of it.
+    mutable std::shared_ptr<Entity> entity_;
+    mutable std::atomic<std::uint32_t> state_ =
+        closed; ///< the number of uses, times two, and whether it is closed
 };
 
 using SharedReader = SharedEntity<dds::DataReader>;
