@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QosLayers.hpp"
+#include "QosSettings.hpp"
 #include "TopicUses.hpp"
+#include "src/profiles/ProfileText.hpp"
 
 #include <plex/dds/DdsUriHelper.hpp>
 #include <plex/dds/ProfileName.hpp>
@@ -48,7 +49,8 @@ auto* create(const Plex::Properties& properties, ProfileType kind, const log4cpl
         const auto profile = getProfileNameByProfileType(kind, properties);
         auto* const entity = makeFromProfile(profile);
         if (entity == nullptr) {
-            fail(logger, texts.withProfile + profile + texts.behindProfile);
+            fail(logger, texts.withProfile + profile + texts.behindProfile +
+                             profiles::hintAt(profile, profileNames(properties, kind)));
         }
         return entity;
     }

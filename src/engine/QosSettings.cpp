@@ -77,6 +77,15 @@ std::optional<ProfileInUse> profileInUse(const Plex::Properties& properties, Pro
     return used;
 }
 
+std::set<std::string> profileNames(const Plex::Properties& properties, ProfileType kind)
+{
+    std::set<std::string> names;
+    for (const auto& profile : profilesOf(properties, kind)) {
+        names.insert(profile.name);
+    }
+    return names;
+}
+
 namespace
 {
 

@@ -26,6 +26,9 @@ struct ProfileInUse {
 /// The profile of a kind by the properties; nothing where profiles are not used. Its file is read.
 std::optional<ProfileInUse> profileInUse(const Plex::Properties& properties, ProfileType kind);
 
+/// The names of the profiles of a kind in the file that the properties name.
+std::set<std::string> profileNames(const Plex::Properties& properties, ProfileType kind);
+
 /// One setting of a QoS object.
 template <class Qos>
 struct QosRow {

@@ -30,6 +30,7 @@ endforeach()
 plex_add_test(engine-qos-tests
     SOURCES
         QosInEffectTest.cpp
+        UnknownProfileTest.cpp
     LIBRARIES plex-dds-vexstubif plex-dds-keyed)
 target_compile_definitions(engine-qos-tests PRIVATE PROFILE_FILE="${PROJECT_SOURCE_DIR}/profiles/plex.xml")
 

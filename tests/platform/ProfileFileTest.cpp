@@ -196,6 +196,17 @@ TEST_F(ProfileFile, IsLoadedOnceItIsMended)
     EXPECT_EQ(participantName(file, library_), "Ann");
 }
 
+TEST_F(ProfileFile, ThatLacksAProfileIsAskedForTheNearest)
+{
+    const auto file = directory_.write("profiles.xml", profiles(library_, "Ann"));
+    EXPECT_EQ(participantName(file, library_), "Ann");
+    EXPECT_THAT(refusalOf([&] { participantName(file, library_ + "s"); }),
+                testing::StartsWith("Failed to create participant for domain " +
+                                    std::to_string(testDomain()) + " with profile:" + library_ +
+                                    "s.participant; there is no such profile, the nearest are: " + library_ +
+                                    ".participant"));
+}
+
 TEST_F(ProfileFile, MayUseTheElementNamesOfAnyGeneration)
 {
     int count = 0;

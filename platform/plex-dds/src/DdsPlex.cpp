@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ProfileFiles.hpp"
 #include "SharedMemory.hpp"
+#include "src/profiles/ProfileText.hpp"
 
 #include <plex/Transport.hpp>
 #include <plex/common/Properties.hpp>
@@ -93,6 +94,12 @@ dds::DomainParticipant* newParticipant(std::uint32_t domain, const std::string& 
     return factory->create_participant(domain, qos);
 }
 
+/// What to say behind the name of a profile of which no participant could be made.
+std::string hintAt(const std::string& profile)
+{
+    return profiles::hintAt(profile, loadedParticipantProfiles());
+}
+
 /// @param profile empty for the default QoS.
 std::shared_ptr<dds::DomainParticipant> createParticipant(std::uint32_t domain, const std::string& profile)
 {
@@ -100,7 +107,7 @@ std::shared_ptr<dds::DomainParticipant> createParticipant(std::uint32_t domain, 
     auto* const participant = newParticipant(domain, profile);
     if (participant == nullptr) {
         const std::string message = "Failed to create participant for domain " + std::to_string(domain) +
-                                    (profile.empty() ? "" : " with profile:" + profile);
+                                    (profile.empty() ? "" : " with profile:" + profile + hintAt(profile));
         LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("plexDdsPlex"), message);
         throw PlexException(message);
     }

@@ -89,15 +89,25 @@ std::string translated(const std::string& profiles)
     return result;
 }
 
+/// What was loaded. Fast DDS keeps profiles for the process; of those of one name the first, without a word.
+struct LoadedFiles {
+    std::mutex mutex; ///< guards the others
+    std::set<std::string> paths;
+    std::set<std::string> texts;
+    std::map<std::string, std::string> fileOfName; ///< by an element's kind and name
+};
+
+LoadedFiles& loadedFiles()
+{
+    static LoadedFiles ofProcess;
+    return ofProcess;
+}
+
 } // namespace
 
 void loadProfileFileOnce(const std::string& file)
 {
-    // Fast DDS keeps profiles for the process. Of those of one name it keeps the first, without a word.
-    static std::mutex mutex;
-    static std::set<std::string> loadedPaths;
-    static std::set<std::string> loadedTexts;
-    static std::map<std::string, std::string> fileOfName;
+    auto& [mutex, loadedPaths, loadedTexts, fileOfName] = loadedFiles();
 
     std::error_code error;
     const auto path = std::filesystem::weakly_canonical(file, error);
@@ -127,6 +137,20 @@ void loadProfileFileOnce(const std::string& file)
         loadedTexts.insert(profiles);
     }
     loadedPaths.insert(path);
+}
+
+std::set<std::string> loadedParticipantProfiles()
+{
+    const std::string kind = "participant ";
+    auto& loaded = loadedFiles();
+    const std::lock_guard lock(loaded.mutex);
+    Names names;
+    for (const auto& [name, file] : loaded.fileOfName) {
+        if (name.starts_with(kind)) {
+            names.insert(name.substr(kind.size()));
+        }
+    }
+    return names;
 }
 
 } // namespace ovra::plex
