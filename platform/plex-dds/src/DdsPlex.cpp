@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ProfileFiles.hpp"
 #include "SharedMemory.hpp"
+#include "StartupCheck.hpp"
 #include "src/profiles/ProfileText.hpp"
 
 #include <plex/Transport.hpp>
@@ -78,10 +79,27 @@ private:
         dds::DomainParticipantFactory::get_shared_instance();
 };
 
-/// @param profile empty for the default QoS.
-/// @returns nullptr when Fast DDS has no such profile or refuses to make the participant.
-dds::DomainParticipant* newParticipant(std::uint32_t domain, const std::string& profile)
+/// What a participant is made of.
+struct ParticipantWish {
+    std::uint32_t domain;
+    std::string profile; ///< empty for the default QoS
+    bool looksAtHost;    ///< whether what keeps it deaf is looked for
+};
+
+/// Whether property "dds.startup.check" lets the host be looked at.
+bool looksAtHost(const Plex::Properties& properties)
 {
+    const auto value = util::findProperty(properties, "dds.startup.check").value_or("on");
+    if (value != "on" && value != "off") {
+        throw PlexException("Property dds.startup.check is neither \"on\" nor \"off\": \"" + value + "\"");
+    }
+    return value == "on";
+}
+
+/// @returns nullptr when Fast DDS has no such profile or refuses to make the participant.
+dds::DomainParticipant* newParticipant(const ParticipantWish& wish)
+{
+    const auto& [domain, profile, looks] = wish;
     auto* const factory = dds::DomainParticipantFactory::get_instance();
     factory->load_profiles(); // those that the environment names: the default QoS may be among them
     dds::DomainParticipantQos qos;
@@ -91,6 +109,9 @@ dds::DomainParticipant* newParticipant(std::uint32_t domain, const std::string& 
         return nullptr;
     }
     sendNoLeftovers(qos);
+    if (looks) {
+        startup::checkOnce(domain, qos);
+    }
     return factory->create_participant(domain, qos);
 }
 
@@ -100,13 +121,13 @@ std::string hintAt(const std::string& profile)
     return profiles::hintAt(profile, loadedParticipantProfiles());
 }
 
-/// @param profile empty for the default QoS.
-std::shared_ptr<dds::DomainParticipant> createParticipant(std::uint32_t domain, const std::string& profile)
+std::shared_ptr<dds::DomainParticipant> createParticipant(const ParticipantWish& wish)
 {
     ParticipantDeleter deleter;
-    auto* const participant = newParticipant(domain, profile);
+    auto* const participant = newParticipant(wish);
     if (participant == nullptr) {
-        const std::string message = "Failed to create participant for domain " + std::to_string(domain) +
+        const auto& profile = wish.profile;
+        const std::string message = "Failed to create participant for domain " + std::to_string(wish.domain) +
                                     (profile.empty() ? "" : " with profile:" + profile + hintAt(profile));
         LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("plexDdsPlex"), message);
         throw PlexException(message);
@@ -131,12 +152,13 @@ std::shared_ptr<dds::DomainParticipant> DdsPlex::getDomainParticipant(const Uri&
     const ParticipantKey key{DdsUriHelper::domain(uri, properties),
                              usesProfiles ? getProfileNameByProfileType(ProfileType::Participant, properties)
                                           : ""};
+    const bool looks = looksAtHost(properties);
 
     const std::lock_guard lock(mutex_);
     auto& known = participants_[key];
     auto participant = known.lock();
     if (!participant) {
-        participant = createParticipant(key.first, key.second);
+        participant = createParticipant({key.first, key.second, looks});
         known = participant;
     }
     return participant;

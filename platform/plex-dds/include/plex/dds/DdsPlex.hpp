@@ -38,6 +38,9 @@ public:
     /// getProfileNameByProfileType() gives. Property "dds.qos.profile.file" names an XML file of profiles;
     /// each file is loaded once a process, before its first use.
     ///
+    /// As the first participant of a domain is made, what its host has that keeps it deaf is logged at WARN,
+    /// once a process and cause, unless property "dds.startup.check" is "off".
+    ///
     /// @param properties all settings that hold, as a module's factory gets them: those of the instance are
     /// not
     ///        looked at again.
