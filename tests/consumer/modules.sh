@@ -59,6 +59,15 @@ build example
 check_exports "$work/example/build"
 LD_LIBRARY_PATH=$libraries:$work/example/build exchange "$work/example/build"
 
+# The command knows the types of modules that it finds.
+LD_LIBRARY_PATH=$libraries:$work/example/build "$work/moved/bin/plex" pub dome/shutters dome::Shutter \
+    '{"name": "upper", "currents": [0.5]}' -d $domain --wait 0 --json >"$work/published"
+contains published '"type":"generated::dds_::dome::Shutter","values":1'
+if LD_LIBRARY_PATH=$libraries "$work/moved/bin/plex" pub dome/shutters dome::Shutter '{}' 2>"$work/refused"; then
+    fail 'a type that no module has is published'
+fi
+contains refused 'type "dome::Shutter" is unknown'
+
 build example
 contains log 'no work to do'
 touch "$work/example/dome.idl"

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// What commands write to the standard output, line by line. Only the main thread writes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ovra::plex::tool
+{
+
+/// Thrown when nobody reads the output any more, as with `plex echo … | head`: the command is to end, and all
+/// is well.
+struct OutputClosed {
+};
+
+enum class Colour { Plain, Bold, Dim, Red, Green, Yellow };
+
+/// Writes a line, with its end, at once.
+/// @throws OutputClosed; Failure where it can not be written, as on a full disk.
+void writeLine(std::string_view line);
+
+/// Whether nobody reads the output any more. Commands that wait ask this now and then.
+bool isOutputClosed();
+
+/// A text in a colour, on a terminal that is to have colours: not where NO_COLOR is set, or TERM is "dumb".
+std::string coloured(std::string_view text, Colour colour);
+
+/// Writes a remark for people to the standard error output, behind "plex: ".
+void remark(const std::string& text);
+
+} // namespace ovra::plex::tool

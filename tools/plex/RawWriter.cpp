@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RawWriter.hpp"
+
+#include "Failure.hpp"
+
+#include <plex/fastdds/WriterTimes.hpp>
+
+#include <fastdds/dds/publisher/Publisher.hpp>
+#include <fastdds/dds/topic/TypeSupport.hpp>
+
+#include <algorithm>
+#include <src/engine/Compatibility.hpp>
+
+namespace ovra::plex::tool
+{
+
+namespace
+{
+
+constexpr std::int32_t keptForLatecomers = 100;
+
+/// A writer that offers what each of some readers asks for.
+dds::DataWriterQos writerQos(const std::vector<fastdds::AnnouncedEndpoint>& readers,
+                             fastdds::DataRepresentationId representation)
+{
+    dds::DataWriterQos qos;
+    qos.reliability().kind = dds::RELIABLE_RELIABILITY_QOS;
+    qos.history().kind = dds::KEEP_LAST_HISTORY_QOS;
+    qos.history().depth = keptForLatecomers;
+    qos.resource_limits().max_samples = 0; // as many as the instances need
+    qos.resource_limits().max_instances = 0;
+    qos.resource_limits().max_samples_per_instance = keptForLatecomers;
+    qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
+    qos.data_sharing().off();
+    fastdds::heartbeatPeriodOf(qos) = fastdds::Duration_t(0, 100'000'000); // the first value may wait for one
+    fastdds::offer(qos, representation, false);
+    qos.durability().kind = dds::VOLATILE_DURABILITY_QOS;
+    for (const auto& reader : readers) {
+        qos.durability().kind =
+            std::max(qos.durability().kind, std::min(reader.durability, dds::TRANSIENT_LOCAL_DURABILITY_QOS));
+        qos.ownership().kind = reader.ownership;
+        if (reader.deadline < qos.deadline().period) {
+            qos.deadline().period = reader.deadline;
+        }
+        if (reader.livelinessLease < qos.liveliness().lease_duration) {
+            qos.liveliness().lease_duration = reader.livelinessLease;
+            qos.liveliness().announcement_period =
+                fastdds::Duration_t(static_cast<std::int32_t>(reader.livelinessLease.seconds / 2),
+                                    reader.livelinessLease.nanosec / 2 + 1);
+        }
+    }
+    return qos;
+}
+
+dds::PublisherQos publisherQos(const std::vector<fastdds::AnnouncedEndpoint>& readers)
+{
+    dds::PublisherQos qos;
+    for (const auto& reader : readers) {
+        for (const auto& partition : reader.partitions) {
+            qos.partition().push_back(partition.c_str());
+        }
+    }
+    return qos;
+}
+
+} // namespace
+
+RawWriter::RawWriter(Domain& domain, const std::string& topic, const Type& type,
+                     const std::vector<fastdds::AnnouncedEndpoint>& readers)
+    : domain_(domain)
+{
+    auto& participant = domain.participant();
+    dds::TypeSupport(new RawType(type.name, type.keyed, true)).register_type(&participant);
+    auto* const made = participant.create_topic(topic, type.name, dds::TOPIC_QOS_DEFAULT);
+    auto* const publisher = participant.create_publisher(publisherQos(readers));
+    writer_ = made == nullptr || publisher == nullptr
+                  ? nullptr
+                  : publisher->create_datawriter(made, writerQos(readers, type.representation));
+    if (writer_ == nullptr) {
+        throw Failure(ExitCode::Failed, "DDS makes no writer for topic \"" + topic + "\"");
+    }
+}
+
+std::size_t RawWriter::matched() const
+{
+    dds::PublicationMatchedStatus status;
+    writer_->get_publication_matched_status(status);
+    return static_cast<std::size_t>(std::max(status.current_count, 0));
+}
+
+std::vector<ps::Refusal> RawWriter::refusalsOf(const fastdds::AnnouncedEndpoint& reader) const
+{
+    const auto own = domain_.ownEndpoint(writer_->guid());
+    return own ? ps::internal::refusalsBetween(*own, reader) : std::vector<ps::Refusal>();
+}
+
+void RawWriter::write(const RawSample& sample)
+{
+    const auto code = fastdds::code(writer_->write(fastdds::asSample(&sample), fastdds::InstanceHandle_t()));
+    if (code != fastdds::RETCODE_OK) {
+        throw Failure(ExitCode::Failed, "DDS does not take the value, code " + std::to_string(code));
+    }
+}
+
+bool RawWriter::waitForAcknowledgments(std::chrono::milliseconds timeout)
+{
+    const fastdds::Duration_t duration(static_cast<std::int32_t>(timeout.count() / 1000),
+                                       static_cast<std::uint32_t>(timeout.count() % 1000) * 1'000'000U);
+    return fastdds::code(writer_->wait_for_acknowledgments(duration)) == fastdds::RETCODE_OK;
+}
+
+} // namespace ovra::plex::tool
