@@ -205,6 +205,19 @@ void addRefusals(const Rules& rules, const Announced& writer, const Announced& r
     }
 }
 
+/// The first of some properties that a participant announces; implementations call them differently.
+std::string firstOf(const fastdds::AnnouncedParticipant& participant,
+                    std::initializer_list<const char*> names)
+{
+    for (const auto* const name : names) {
+        const auto found = participant.properties.find(name);
+        if (found != participant.properties.end()) {
+            return found->second;
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 std::string durationInWords(const fastdds::Duration_t& duration)
@@ -216,6 +229,30 @@ std::string durationInWords(const fastdds::Duration_t& duration)
     const auto length = std::snprintf(text.data(), text.size(), "%.9g s",
                                       static_cast<double>(duration.seconds) + duration.nanosec * 1e-9);
     return {text.data(), static_cast<std::size_t>(length)};
+}
+
+std::string vendorOf(const fastdds::AnnouncedParticipant& participant)
+{
+    constexpr std::array<std::uint8_t, 2> fastDds{0x01, 0x0f};
+    constexpr std::array<std::uint8_t, 2> cycloneDds{0x01, 0x10};
+    const auto& vendor = participant.vendor;
+    if (vendor == fastDds) {
+        return "Fast DDS";
+    }
+    if (vendor == cycloneDds) {
+        return "Cyclone DDS";
+    }
+    return std::to_string(vendor[0]) + "." + std::to_string(vendor[1]);
+}
+
+std::string hostOf(const fastdds::AnnouncedParticipant& participant)
+{
+    return firstOf(participant, {"fastdds.physical_data.host", "__Hostname"});
+}
+
+std::string processOf(const fastdds::AnnouncedParticipant& participant)
+{
+    return firstOf(participant, {"fastdds.physical_data.process", "__Pid"});
 }
 
 bool isWriter(const fastdds::Guid& endpoint)

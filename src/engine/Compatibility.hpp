@@ -11,6 +11,14 @@
 namespace ovra::plex::ps::internal
 {
 
+/// The implementation of DDS behind a participant, by its vendor's id (RTPS 2.5, 9.3.2.4); numbers where that
+/// is not known here.
+std::string vendorOf(const fastdds::AnnouncedParticipant& participant);
+
+/// Where a participant runs, as far as it tells; empty otherwise.
+std::string hostOf(const fastdds::AnnouncedParticipant& participant);
+std::string processOf(const fastdds::AnnouncedParticipant& participant);
+
 /// A duration in seconds, as "0.1 s", or "infinite".
 std::string durationInWords(const fastdds::Duration_t& duration);
 

@@ -31,30 +31,6 @@ fastdds::Guid guidOf(const fastdds::InstanceHandle_t& handle)
     return guid;
 }
 
-std::string vendorInWords(const std::array<std::uint8_t, 2>& vendor)
-{
-    if (vendor == std::array<std::uint8_t, 2>{0x01, 0x0f}) {
-        return "Fast DDS";
-    }
-    if (vendor == std::array<std::uint8_t, 2>{0x01, 0x10}) {
-        return "Cyclone DDS";
-    }
-    return std::to_string(vendor[0]) + "." + std::to_string(vendor[1]);
-}
-
-/// The first of some properties that a participant announces; implementations call them differently.
-std::string firstOf(const fastdds::AnnouncedParticipant& participant,
-                    std::initializer_list<const char*> names)
-{
-    for (const auto* const name : names) {
-        const auto found = participant.properties.find(name);
-        if (found != participant.properties.end()) {
-            return found->second;
-        }
-    }
-    return {};
-}
-
 std::string thisHost()
 {
     std::array<char, 256> name{};
@@ -365,10 +341,10 @@ void Discovery::describeParticipant(Peer& described, const fastdds::Guid& guid) 
         return;
     }
     const auto& participant = entry->second;
-    described.vendor = vendorInWords(participant.vendor);
+    described.vendor = vendorOf(participant);
     described.participant = participant.name;
-    described.host = firstOf(participant, {"fastdds.physical_data.host", "__Hostname"});
-    described.process = firstOf(participant, {"fastdds.physical_data.process", "__Pid"});
+    described.host = hostOf(participant);
+    described.process = processOf(participant);
     described.host.resize(std::min(described.host.find(':'), described.host.size())); // an address follows it
     described.distance =
         described.vendor == "Fast DDS" ? distanceBetween(self_, guid) : distanceOf(described);

@@ -12,30 +12,6 @@ namespace ovra::plex::tool
 namespace
 {
 
-std::string vendorInWords(const std::array<std::uint8_t, 2>& vendor)
-{
-    if (vendor == std::array<std::uint8_t, 2>{0x01, 0x0f}) {
-        return "Fast DDS";
-    }
-    if (vendor == std::array<std::uint8_t, 2>{0x01, 0x10}) {
-        return "Cyclone DDS";
-    }
-    return std::to_string(vendor[0]) + "." + std::to_string(vendor[1]);
-}
-
-/// The first of some properties that a participant announces; implementations call them differently.
-std::string firstOf(const fastdds::AnnouncedParticipant& participant,
-                    std::initializer_list<const char*> names)
-{
-    for (const auto* const name : names) {
-        const auto found = participant.properties.find(name);
-        if (found != participant.properties.end()) {
-            return found->second;
-        }
-    }
-    return {};
-}
-
 /// What a policy is by default, where that is the same for all (DDS 1.4, 2.2.3).
 bool isByDefault(const ps::Policy& policy)
 {
@@ -56,9 +32,8 @@ bool isByDefault(const ps::Policy& policy)
 
 Place placeOf(const fastdds::AnnouncedParticipant& participant)
 {
-    Place place{vendorInWords(participant.vendor), participant.name,
-                firstOf(participant, {"fastdds.physical_data.host", "__Hostname"}),
-                firstOf(participant, {"fastdds.physical_data.process", "__Pid"})};
+    Place place{ps::internal::vendorOf(participant), participant.name, ps::internal::hostOf(participant),
+                ps::internal::processOf(participant)};
     place.host.resize(std::min(place.host.find(':'), place.host.size())); // an address follows it
     return place;
 }
