@@ -7,6 +7,7 @@
 #include <plex/ps/internal/LoanedSamples.hpp>
 #include <plex/ps/internal/ObservedEntity.hpp>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -51,8 +52,8 @@ private:
     std::shared_ptr<internal::dds::Subscriber> m_subscriber;
     std::shared_ptr<internal::dds::DataReader> m_reader;
     std::shared_ptr<internal::Endpoint> m_endpoint;
-    std::weak_ptr<internal::dds::DataReader>
-        m_observed;          ///< the reader, for status() while another thread closes
+    /// The reader, for status() while another thread closes.
+    std::atomic<std::weak_ptr<internal::dds::DataReader>> m_observed;
     std::mutex m_closeMutex; ///< held while closing
 };
 

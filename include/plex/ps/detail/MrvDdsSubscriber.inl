@@ -38,7 +38,7 @@ std::shared_ptr<internal::Endpoint> MrvDdsSubscriber<T, ST>::endpoint() const
 template <class T, class ST>
 History MrvDdsSubscriber<T, ST>::history() const
 {
-    const auto reader = m_observed.lock();
+    const auto reader = m_observed.load().lock();
     if (!reader) {
         this->failClosed();
     }
@@ -48,7 +48,7 @@ History MrvDdsSubscriber<T, ST>::history() const
 template <class T, class ST>
 std::vector<QosSetting> MrvDdsSubscriber<T, ST>::qosInEffect() const
 {
-    const auto reader = m_observed.lock();
+    const auto reader = m_observed.load().lock();
     if (!reader) {
         this->failClosed();
     }
@@ -79,6 +79,7 @@ std::shared_ptr<internal::dds::DataReader> MrvDdsSubscriber<T, ST>::makeReader()
 template <class T, class ST>
 void MrvDdsSubscriber<T, ST>::release()
 {
+    m_observed.store({}); // which keeps what deletes the reader, and so the topic
     m_reader.reset();
     m_topic.reset();
     this->state_ = internal::EntityState::Closed;
