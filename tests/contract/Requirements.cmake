@@ -35,14 +35,14 @@ plex_adapter_must_not_compile(AreSaidOneByOne
     LACKS_WIRE_COPY wireType
     LACKS_TOPIC_DATA_TYPE_BASE topicDataType
     LACKS_VALUE_ROOT interface
-    LACKS_DEFAULT_CONSTRUCTOR owning
     LACKS_BORROWING_CONSTRUCTOR borrowing
     LACKS_WIRE reaching
     LACKS_ASSIGN copying)
 plex_adapter_must_not_compile(AreSaidOfWhatIsNotThere
     LACKS_WIRE_TYPE wireType
     LACKS_TOPIC_DATA_TYPE topicDataType
-    LACKS_INTERFACE interface)
+    LACKS_INTERFACE interface
+    LACKS_DEFAULT_CONSTRUCTOR owning)
 plex_adapter_must_not_compile(AreSaidOfHalfOfWhatIsThere
     LACKS_TOPIC_DATA_TYPE_CONSTRUCTOR topicDataType
     LACKS_CONST_WIRE reaching
