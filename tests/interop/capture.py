@@ -172,8 +172,10 @@ def decode(file):
     """The DATA submessages of the flows as tshark tells them: the fields of each by name, and the time stamp before it."""
     name = "rtps.param.topicName"
     wanted = f'rtps.sm.id == 0x15 and ({name} contains "capture/" or {name} contains "kinds/")'
+    # In two passes, as a sample may be sent before its writer's announcement, which says what topic it is of.
     text = subprocess.run(
-        ["tshark", "-r", file, "-Y", wanted, "-T", "pdml"], check=True, capture_output=True, timeout=PATIENCE).stdout
+        ["tshark", "-2", "-r", file, "-Y", wanted, "-T", "pdml"],
+        check=True, capture_output=True, timeout=PATIENCE).stdout
     for packet in ElementTree.fromstring(text):
         for message in packet.iter("proto"):
             if message.get("name") != "rtps":
