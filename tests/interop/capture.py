@@ -172,9 +172,10 @@ def decode(file):
     """The DATA submessages of the flows as tshark tells them: the fields of each by name, and the time stamp before it."""
     name = "rtps.param.topicName"
     wanted = f'rtps.sm.id == 0x15 and ({name} contains "capture/" or {name} contains "kinds/")'
-    # In two passes, as a sample may be sent before its writer's announcement, which says what topic it is of.
+    # In two passes, as a sample may be sent before its writer's announcement, which says what topic it is of; and by what
+    # is in a packet first, as the port that the system gave a participant may be known as that of another protocol.
     text = subprocess.run(
-        ["tshark", "-2", "-r", file, "-Y", wanted, "-T", "pdml"],
+        ["tshark", "-2", "-o", "udp.try_heuristic_first:TRUE", "-r", file, "-Y", wanted, "-T", "pdml"],
         check=True, capture_output=True, timeout=PATIENCE).stdout
     for packet in ElementTree.fromstring(text):
         for message in packet.iter("proto"):
