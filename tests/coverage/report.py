@@ -29,12 +29,14 @@ def room_of(file):
 
 
 def lines_of(entry, project):
-    """Yields (number, text, whether it ran) of the lines with code in them."""
+    """Yields (number, text, whether it ran) of the lines with code in them. The end of a block is none: the compiler
+    counts there what follows an exception, or nothing."""
     source = (project / entry["file"]).read_text(encoding="utf-8").splitlines()
     for line in entry["lines"]:
-        if not line.get("gcovr/noncode"):
-            number = line["line_number"]
-            yield number, source[number - 1].strip(), line["count"] > 0
+        number = line["line_number"]
+        text = source[number - 1].strip()
+        if not line.get("gcovr/noncode") and text not in ("}", "};"):
+            yield number, text, line["count"] > 0
 
 
 def main():
