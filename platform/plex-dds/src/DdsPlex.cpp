@@ -91,7 +91,7 @@ bool looksAtHost(const Plex::Properties& properties)
 {
     const auto value = util::findProperty(properties, "dds.startup.check").value_or("on");
     if (value != "on" && value != "off") {
-        throw PlexException("Property dds.startup.check is neither \"on\" nor \"off\": \"" + value + "\"");
+        throw PlexException(R"(Property dds.startup.check is neither "on" nor "off": ")" + value + "\"");
     }
     return value == "on";
 }
