@@ -12,7 +12,7 @@ describe_environment() {
 The environment is the first of these that fits:
   host    this machine, when CMake finds all packages here
   debian  this machine, when it is Debian 13 or later: missing packages of packaging/packages.txt are installed
-  root    a private Debian 13 with these packages, made once (1.2 GB, about a minute) with mmdebstrap and entered
+  root    a private Debian 13 with these packages, made once (1.6 GB, about a minute) with mmdebstrap and entered
           with bwrap; those two are installed where missing, and nothing else on this machine changes
 Once a private Debian is there for the present package list, it is used without looking further.
 

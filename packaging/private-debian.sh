@@ -129,7 +129,7 @@ use_root() {
 
 prepare_root() {
     use_root && return
-    mkdir -p -- "$cache" || fail "set XDG_CACHE_HOME to a directory that can keep 1.2 GB"
+    mkdir -p -- "$cache" || fail "set XDG_CACHE_HOME to a directory that can keep 1.6 GB"
     (
         flock --nonblock 9 || { say 'waiting for another call that makes the private Debian' && flock 9; }
         install_root_tools

@@ -13,6 +13,7 @@ show_root() {
         *) sandbox+=(--ro-bind "$entry" "${entry#"$root"}") ;;
         esac
     done
+    sandbox+=(--ro-bind "$root/var/lib/dpkg" /var/lib/dpkg) # for ./dev package, which asks what is installed
     for entry in "$root"/*; do
         [ ! -L "$entry" ] || sandbox+=(--symlink "$(readlink -- "$entry")" "/${entry##*/}")
     done
