@@ -2,6 +2,8 @@
 // Whole files. Each says in lines that begin with "// expects:" what is complained about, and where.
 #include "Idl.hpp"
 
+#include <plex/idl/Generate.hpp>
+
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -85,6 +87,16 @@ TEST_P(RefusedFile, HasTheErrorsThatItExpectsAndNoModel)
     EXPECT_EQ(foundIn(result.diagnostics, GetParam()), expectedIn(GetParam()));
     EXPECT_GT(result.diagnostics.errors(), 0U);
     EXPECT_FALSE(result.model.has_value());
+}
+
+/// Whatever is generated must compile; files for which nothing can be generated are few.
+TEST_P(AcceptedFile, IsAmongTheCompiledOnesIfSomethingIsGenerated)
+{
+    const ParseResult result = parseFile(GetParam().string());
+    ASSERT_TRUE(result.model.has_value());
+    const bool isGenerated = generate(*result.model).diagnostics.errors() == 0;
+    const std::string compiled = "," PLEX_TEST_COMPILED ",";
+    EXPECT_EQ(compiled.find("," + GetParam().stem().string() + ",") != std::string::npos, isGenerated);
 }
 
 INSTANTIATE_TEST_SUITE_P(Idl, AcceptedFile, testing::ValuesIn(filesIn("accepted")), FileName());

@@ -495,6 +495,8 @@ TEST(Refusals, AreOfTypesThatHaveAPlaceInTheModelOnly)
                 ElementsAre("1:39: nothing is generated for wchar"));
     EXPECT_THAT(refusals("module m { bitset B { bitfield<3> b; }; struct T { long l; }; };"),
                 ElementsAre("1:19: nothing is generated for m::B"));
+    EXPECT_THAT(refusals("module m { const wchar W = L'w'; struct T { long l; }; };"),
+                ElementsAre("1:24: nothing is generated for wchar"));
 }
 
 TEST(Refusals, AreOfTypesThatContainThemselves)

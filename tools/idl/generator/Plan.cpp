@@ -174,6 +174,11 @@ Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& dia
             plan.declared.push_back(type);
         }
     }
+    for (const Constant* const constant : model.constants) {
+        if (!constant->included && refusals.accept(*constant)) {
+            plan.constants.push_back(constant);
+        }
+    }
     if (diagnostics.errors() > 0) {
         return plan;
     }
@@ -187,8 +192,6 @@ Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& dia
     if (chosen.empty() && options.topics != TopicSelection::None && !options.definitionsOnly) {
         refusals.refuseToDoNothing();
     }
-    std::ranges::copy_if(model.constants, std::back_inserter(plan.constants),
-                         [](const Constant* constant) { return !constant->included; });
     plan.encoded = encodedIn(model, plan.topics);
     warnOfDifferences(model, plan, options, diagnostics);
     return plan;

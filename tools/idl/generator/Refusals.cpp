@@ -236,6 +236,13 @@ bool Refusals::accept(const NamedType& type)
     return diagnostics_.errors() == before;
 }
 
+bool Refusals::accept(const Constant& constant)
+{
+    const std::size_t before = diagnostics_.errors();
+    checkType(*constant.type, constant.location);
+    return diagnostics_.errors() == before;
+}
+
 bool Refusals::acceptTopic(const StructType& topic)
 {
     const std::size_t before = diagnostics_.errors();

@@ -21,6 +21,9 @@ public:
     /// Whether a type can have a plain form.
     bool accept(const NamedType& type);
 
+    /// Whether a constant can be one of C++.
+    bool accept(const Constant& constant);
+
     /// Whether a struct can be a topic.
     bool acceptTopic(const StructType& topic);
 
