@@ -166,7 +166,15 @@ FuzzFailsWithAnInputThatFails() {
     cp -- "$original/tests/fuzz/run-fuzz" "$project/tests/fuzz"
     stand_in cmake <<<'exit 0'
     stand_in c++ <<<'echo 14'
-    stand_in fuzz-Good <<<'echo "#9 DONE   cov: 5 ft: 7 corp: 1/1b"; echo "stat::number_of_executed_units: 9"'
+    stand_in fuzz-Good <<'TEXT'
+case $* in
+*-max_total_time=3*) inputs=9 ;;
+*-runs=*) inputs=20000 ;;
+*) inputs=70000 ;;
+esac
+echo "#9 DONE   cov: 5 ft: 7 corp: 1/1b"
+echo "stat::number_of_executed_units: $inputs"
+TEXT
     stand_in fuzz-Bad <<<'echo "$*"; exit 77'
     export PLEX_ENV=host
     dev build fuzz
@@ -174,11 +182,12 @@ FuzzFailsWithAnInputThatFails() {
     local status=0
     dev fuzz 3 >"$work/log" || status=$?
     expect 1 $status
-    grep -Eq '^Good +9 executions +5 edges +7 features +ok$' "$work/log" || fail "$(cat "$work/log")"
+    grep -Eq '^Good +20009 executions +5 edges +7 features +ok$' "$work/log" || fail "$(cat "$work/log")"
     grep -Eq '^Bad .*FAILED, see .*/Bad\.log$' "$work/log" || fail "$(cat "$work/log")"
     grep -q -e -max_total_time=3 "$project/build/fuzz/failures/Bad.log"
     rm -r -- "$project/tests/fuzz/corpus/Bad"
-    dev fuzz
+    dev fuzz >"$work/log"
+    grep -Eq '^Good +70000 executions ' "$work/log" || fail "$(cat "$work/log")"
 }
 
 HelpNeedsNoEnvironment() {
