@@ -3,13 +3,19 @@
 // apart from them, make the same of values that have something in each of their parts.
 #include "Payloads.hpp"
 
+#include <plex/PlexException.hpp>
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <dds/FramesPubSubType.hpp>
+#include <dds/GrowingAdapter.hpp>
 #include <dds/GrowingPubSubType.hpp>
 #include <dds/LoosestPubSubType.hpp>
 #include <dds/within/BasePubSubType.hpp>
+#include <idl/AllocatedBytes.hpp>
 #include <span>
 
 namespace plex::test
@@ -179,6 +185,12 @@ private:
     Decoder<Topic> decoder_;
 };
 
+struct Frames {
+    using DdsType = wire::Frames;
+    using PubSubType = wire::FramesPubSubType;
+    static constexpr const char* name = "unusual::Frames";
+};
+
 using Topics = testing::Types<Growing, Loosest, Base>;
 
 class TopicName
@@ -242,6 +254,50 @@ TYPED_TEST(Unusual, ValuesThatAreCutOffOrChangedAreReadIfTheCodecReadsThem)
             Bytes changed = whole;
             changed[at] ^= 0x55U;
             EXPECT_EQ(this->read(changed, value), this->codecReads(changed)) << at;
+        }
+    }
+}
+
+using GrowingAdapter = generated::ddsimpl::unusual::Growing;
+
+// Elements that take no bytes: nothing but a bound keeps a payload from announcing any number of them.
+
+constexpr std::size_t mostOfNothing = 1000;
+
+TEST(SequencesOfNothing, HaveABound)
+{
+    GrowingAdapter value;
+    EXPECT_EQ(value.resizeEmptyList(mostOfNothing).size(), mostOfNothing);
+    EXPECT_THROW(value.resizeEmptyList(mostOfNothing + 1), ovra::plex::PlexException);
+    EXPECT_THROW(value.resizeNothings(mostOfNothing + 1), ovra::plex::PlexException);
+    value.wire().nothings().resize(mostOfNothing + 1);
+    EXPECT_TRUE(encoded<Growing>(value.wire(), XCDR_DATA_REPRESENTATION).empty());
+}
+
+TEST(SequencesOfNothing, AreReadAsTheyWereWritten)
+{
+    GrowingAdapter value;
+    value.resizeEmptyList(mostOfNothing);
+    value.resizeNothings(3);
+    for (const auto representation : {XCDR_DATA_REPRESENTATION, XCDR2_DATA_REPRESENTATION}) {
+        wire::Growing read;
+        ASSERT_TRUE(Decoder<Growing>().decode(encoded<Growing>(value.wire(), representation), read));
+        EXPECT_EQ(read, value.wire());
+    }
+}
+
+// Elements of 800 000 bytes each.
+
+TEST(SequencesOfLargeElements, AreNotMadeForAPayloadThatCanNotHoldThem)
+{
+    for (std::uint8_t count = 1; count < 20; ++count) {
+        for (const std::uint8_t identifier : Bytes{1, 7}) {
+            Bytes bytes{0, identifier, 0, 0, count, 0, 0, 0};
+            bytes.resize(20);
+            wire::Frames value;
+            const AllocatedBytes allocated;
+            EXPECT_FALSE(Decoder<Frames>().decode(bytes, value));
+            EXPECT_LT(allocated.count(), 100000U) << unsigned{count};
         }
     }
 }

@@ -254,7 +254,10 @@ TEST(CodecBombs, ValuesWithoutBytesAreCounted)
     const Model model = modelOf("@final struct E {}; @final struct T { sequence<E> a; };");
     EXPECT_EQ(jsonOf(model, payloadOf(0x00, "00000002")), R"({"a":[{},{}]})");
     EXPECT_EQ(faultIn([&] { decode(typeT(model), payloadOf(0x00, "ffffffff")); }),
-              "a[4096]: more than 4096 values take no bytes (offset 8)");
+              "a: the sequence has 4294967295 elements, at most 1000 are allowed (offset 8)");
+    const Model array = modelOf("@final struct E {}; @final struct T { E a[5000]; };");
+    EXPECT_EQ(faultIn([&] { decode(typeT(array), payloadOf(0x00, "")); }),
+              "a[4096]: more than 4096 values take no bytes (offset 4)");
 }
 
 TEST(CodecBombs, PayloadsEndSomewhere)

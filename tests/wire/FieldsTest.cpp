@@ -86,6 +86,7 @@ using namespace ::plex::test; // NOLINT(google-build-using-namespace): their typ
 template <>
 struct Fields<Pair> {
     static constexpr Extensibility extensibility = Extensibility::Final;
+    static constexpr std::array<std::size_t, 2> leastSizes{9, 9};
 
     static void forEach(auto& value, auto&& visit)
     {

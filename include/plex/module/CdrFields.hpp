@@ -8,6 +8,7 @@
 #include <fastcdr/Cdr.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <type_traits>
@@ -42,7 +43,12 @@ enum class Extensibility : std::uint8_t { Final, Appendable, Mutable };
 ///     static bool select(T& value, auto discriminator);
 ///     static void visitCase(auto& value, auto&& visit);
 ///
-/// A member's default is given where it is another than that of its C++ type.
+/// A member's default is given where it is another than that of its C++ type. What is in sequences also has
+///
+///     static constexpr std::array<std::size_t, 2> leastSizes;
+///
+/// the bytes that a value takes at least in versions 1 and 2, padding apart. For types that take none, rules
+/// set a bound.
 template <class T>
 struct Fields;
 

@@ -150,15 +150,18 @@ private:
 template <class Rule, class T>
 void readValue(Input& input, T& value);
 
-/// The least number of bytes that an element takes. Empty types take none, but no sequence of them is longer
-/// than if they took one.
+/// The bytes that an element takes at least. Where it is none, there is a bound.
 template <class T>
-constexpr std::size_t leastSize()
+constexpr std::size_t leastSize(CdrVersion version)
 {
     if constexpr (isPrimitive<T>) {
         return sizeof(T);
+    } else if constexpr (isText<T> || isSequence<T>) {
+        return sizeof(std::uint32_t);
+    } else if constexpr (isArray<T>) {
+        return std::tuple_size_v<T> * leastSize<typename T::value_type>(version);
     } else {
-        return isText<T> || isSequence<T> ? sizeof(std::uint32_t) : 1;
+        return Fields<T>::leastSizes[version == CdrVersion::XCDRv2 ? 1 : 0];
     }
 }
 
@@ -197,7 +200,7 @@ void readSequence(Input& input, Elements& elements)
 {
     const auto count = input.take<std::uint32_t>();
     Input::check(boundOf<Rule> == 0 || count <= boundOf<Rule>, "A sequence is longer than its bound");
-    input.require(count * leastSize<typename Elements::value_type>());
+    input.require(count * leastSize<typename Elements::value_type>(input.version()));
     elements.resize(count);
     readElements<Rule>(input, elements);
 }

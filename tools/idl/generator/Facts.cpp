@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Facts.hpp"
 
+#include <plex/idl/Encoding.hpp>
+
 #include <algorithm>
 
 namespace ovra::plex::idl
@@ -36,8 +38,8 @@ void addBound(std::string& facts, const Type& type)
     const auto* const sequence = as<SequenceType>(type);
     if (text != nullptr && text->bound > 0) {
         facts += "at most " + std::to_string(text->bound) + " characters; ";
-    } else if (sequence != nullptr && sequence->bound > 0) {
-        facts += "at most " + std::to_string(sequence->bound) + " elements; ";
+    } else if (sequence != nullptr && boundOf(*sequence) > 0) {
+        facts += "at most " + std::to_string(boundOf(*sequence)) + " elements; ";
     }
 }
 

@@ -91,8 +91,9 @@ void Measure::addParts(const Type& type)
     }
     addNumber(lengthBytes); // of the delimiter
     if (const auto* const sequence = as<SequenceType>(type)) {
-        addLength(sequence->bound);
-        addList(*sequence->element, sequence->bound > 0 ? sequence->bound : LargestSize::assumedElements);
+        const std::uint32_t bound = boundOf(*sequence);
+        addLength(bound);
+        addList(*sequence->element, bound > 0 ? bound : LargestSize::assumedElements);
     } else if (const auto* const array = as<ArrayType>(type)) {
         addList(*array->element, elementCount(*array));
     } else if (const auto* const structure = as<StructType>(type)) {
@@ -152,6 +153,48 @@ LargestSize largestKey(const TopicPlan& topic)
     return topic.keys().empty()
                ? LargestSize()
                : largestKey(*topic.type, topic.rules.keyVersion, topic.rules.delimitsEnumerations);
+}
+
+std::uint64_t LeastSizes::ofParts(const Type& type, XcdrVersion version)
+{
+    const bool isVersion2 = version == XcdrVersion::Xcdr2;
+    const auto isFramed = [isVersion2](Extensibility extensibility) { // by a delimiter, or a mark at the end
+        return extensibility == Extensibility::Mutable ||
+               (isVersion2 && extensibility != Extensibility::Final);
+    };
+    if (const auto* const array = as<ArrayType>(type)) {
+        return std::min<std::uint64_t>(elementCount(*array), LargestSize::mostBounded) *
+               of(*array->element, version);
+    }
+    if (const auto* const choice = as<UnionType>(type)) {
+        return isFramed(choice->extensibility) ? lengthBytes : of(*choice->discriminator, version);
+    }
+    const auto* const structure = as<StructType>(type);
+    if (structure == nullptr || isFramed(structure->extensibility)) {
+        return lengthBytes;
+    }
+    std::uint64_t size = 0;
+    for (const Member* const member : allMembers(*structure)) {
+        const std::uint64_t absent = isVersion2 ? 1 : 4; // a flag, or a header
+        size = std::min(size + (member->optional ? absent : of(*member->type, version)),
+                        LargestSize::mostBounded);
+    }
+    return size;
+}
+
+std::uint64_t LeastSizes::of(const Type& declared, XcdrVersion version)
+{
+    const Type& type = resolved(declared);
+    if (const std::uint32_t width = widthOf(type); width != 0) {
+        return width;
+    }
+    const auto known = known_.find({&type, version});
+    if (known != known_.end()) {
+        return known->second;
+    }
+    const std::uint64_t size = std::min(ofParts(type, version), LargestSize::mostBounded);
+    known_.emplace(std::pair(&type, version), size);
+    return size;
 }
 
 } // namespace ovra::plex::idl

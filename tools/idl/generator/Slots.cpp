@@ -29,7 +29,7 @@ std::uint32_t boundOf(const MemberPlan& plan)
     if (text != nullptr) {
         return text->bound;
     }
-    return sequence == nullptr ? 0 : sequence->bound;
+    return sequence == nullptr ? 0 : boundOf(*sequence);
 }
 
 /// A call of a function that knows the member's name and bound.

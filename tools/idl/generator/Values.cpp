@@ -4,6 +4,7 @@
 #include "Declarations.hpp"
 #include "Headers.hpp"
 #include "Names.hpp"
+#include "Sizes.hpp"
 #include "Template.hpp"
 
 #include <algorithm>
@@ -79,9 +80,9 @@ std::string plainRuleOf(const Type& type, const EncodingRules& rules)
     }
     if (const auto* const sequence = as<SequenceType>(type)) {
         const std::string element = ruleOf(*sequence->element, rules);
-        return sequence->bound == 0 && element == "Any"
-                   ? "Any"
-                   : "List<" + element + ", " + std::to_string(sequence->bound) + ">";
+        const std::uint32_t bound = boundOf(*sequence);
+        return bound == 0 && element == "Any" ? "Any"
+                                              : "List<" + element + ", " + std::to_string(bound) + ">";
     }
     if (const auto* const array = as<ArrayType>(type)) {
         std::string rule = ruleOf(*array->element, rules);
@@ -146,14 +147,22 @@ std::string keyVisits(std::vector<Access> members, const EncodingRules& rules)
     return text;
 }
 
-std::string structFields(const std::string& type, Extensibility extensibility,
+/// Only what may be an element of a sequence says it.
+std::string leastSizesText(const NamedType& type, LeastSizes& sizes)
+{
+    return "    static constexpr std::array<std::size_t, 2> leastSizes{" +
+           std::to_string(sizes.of(type, XcdrVersion::Xcdr1)) + ", " +
+           std::to_string(sizes.of(type, XcdrVersion::Xcdr2)) + "};\n";
+}
+
+std::string structFields(const std::string& type, Extensibility extensibility, const std::string& leastSizes,
                          const std::vector<Access>& members, const EncodingRules& rules)
 {
     return filledBlock(R"(
 template <>
 struct Fields<@type@> {
     static constexpr Extensibility extensibility = Extensibility::@extensibility@;
-
+@leastSizes@
     template <class Value, class Visit>
     static void forEach(Value& @value@, const Visit& @visit@)
     {
@@ -168,6 +177,7 @@ struct Fields<@type@> {
 )",
                        {{"type", type},
                         {"extensibility", nameInCode(extensibility)},
+                        {"leastSizes", leastSizes},
                         {"value", members.empty() ? "/*value*/" : "value"},
                         {"visit", members.empty() ? "/*visit*/" : "visit"},
                         {"visits", visits(members, rules)},
@@ -184,13 +194,13 @@ std::string caseVisits(const UnionType& type, const EncodingRules& rules)
     return text + "\n";
 }
 
-std::string unionFields(const UnionType& type, const EncodingRules& rules)
+std::string unionFields(const UnionType& type, const std::string& leastSizes, const EncodingRules& rules)
 {
     return filledBlock(R"(
 template <>
 struct Fields<@type@> {
     static constexpr Extensibility extensibility = Extensibility::@extensibility@;
-    static constexpr bool isUnion = true;
+@leastSizes@    static constexpr bool isUnion = true;
     static constexpr bool discriminatorIsKey = @isKey@;
 
     static @discriminator@ discriminator(const @type@& value) { return value.discriminator(); }
@@ -206,22 +216,24 @@ struct Fields<@type@> {
 )",
                        {{"type", cppType(type)},
                         {"extensibility", nameInCode(type.extensibility)},
+                        {"leastSizes", leastSizes},
                         {"isKey", type.discriminatorIsKey ? "true" : "false"},
                         {"discriminator", cppType(*type.discriminator)},
                         {"visits", caseVisits(type, rules)}});
 }
 
-std::string fieldsOf(const NamedType& type, const EncodingRules& rules)
+std::string fieldsOf(const NamedType& type, LeastSizes& sizes, const EncodingRules& rules)
 {
+    const std::string leastSizes = leastSizesText(type, sizes);
     const auto* const structure = as<StructType>(type);
     if (structure == nullptr) {
-        return unionFields(*as<UnionType>(type), rules);
+        return unionFields(*as<UnionType>(type), leastSizes, rules);
     }
     std::vector<Access> members;
     for (const auto& [member, name] : namedMembers(*structure)) {
         members.push_back({member, name});
     }
-    return structFields(cppType(type), structure->extensibility, members, rules);
+    return structFields(cppType(type), structure->extensibility, leastSizes, members, rules);
 }
 
 } // namespace
@@ -281,10 +293,15 @@ std::string valuesText(const Plan& plan, const std::string& module)
 std::string fieldsText(const Plan& plan)
 {
     Headers headers{"<plex/module/CdrFields.hpp>"};
+    LeastSizes sizes;
     std::string text;
     for (const NamedType* const type : plan.encoded) {
         headers.add("<" + valuesHeader(*type->module) + ">");
-        text += fieldsOf(*type, plan.rules);
+        text += fieldsOf(*type, sizes, plan.rules);
+    }
+    if (!text.empty()) {
+        headers.add("<array>");
+        headers.add("<cstddef>");
     }
     return filledBlock(R"(
 // SPDX-License-Identifier: Apache-2.0
@@ -305,7 +322,7 @@ std::string topicFieldsText(const TopicPlan& topic)
     std::vector<Access> members(topic.members.size());
     std::ranges::transform(topic.members, members.begin(),
                            [](const MemberPlan& plan) { return Access{plan.member, plan.name + "()"}; });
-    return structFields("generated::dds_::" + topic.scope + "::" + topic.name, topic.type->extensibility,
+    return structFields("generated::dds_::" + topic.scope + "::" + topic.name, topic.type->extensibility, "",
                         members, topic.rules);
 }
 

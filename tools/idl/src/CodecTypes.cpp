@@ -289,10 +289,11 @@ Fault faultOf(const EnumType& type, std::int64_t number, const CodecOptions& opt
 
 Fault faultOfLength(const SequenceType& type, std::uint64_t length)
 {
-    if (type.bound == 0 || length <= type.bound) {
+    const std::uint32_t bound = boundOf(type);
+    if (bound == 0 || length <= bound) {
         return std::nullopt;
     }
-    return "the sequence has " + std::to_string(length) + " elements, at most " + std::to_string(type.bound) +
+    return "the sequence has " + std::to_string(length) + " elements, at most " + std::to_string(bound) +
            " are allowed";
 }
 

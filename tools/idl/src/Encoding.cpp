@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace ovra::plex::idl
@@ -57,6 +58,46 @@ bool isListOfEnumerations(const Type& type)
                                 : sequence != nullptr ? &resolved(*sequence->element)
                                                       : nullptr;
     return element != nullptr && (element->kind == TypeKind::Enum || element->kind == TypeKind::Bitmask);
+}
+
+namespace
+{
+
+/// @param known structs that take nothing, so that none is looked at twice.
+bool takesNothing(const Type& declared, std::set<const Type*>& known)
+{
+    const Type& type = resolved(declared);
+    if (const auto* const array = as<ArrayType>(type)) {
+        return takesNothing(*array->element, known);
+    }
+    const auto* const structure = as<StructType>(type);
+    if (structure == nullptr || structure->extensibility == Extensibility::Mutable) {
+        return false;
+    }
+    if (known.contains(structure)) {
+        return true;
+    }
+    const bool result = std::ranges::all_of(allMembers(*structure), [&known](const Member* member) {
+        return !member->optional && !member->external && takesNothing(*member->type, known);
+    });
+    if (result) {
+        known.insert(structure);
+    }
+    return result;
+}
+
+} // namespace
+
+bool takesNothing(const Type& type)
+{
+    std::set<const Type*> known;
+    return takesNothing(type, known);
+}
+
+std::uint32_t boundOf(const SequenceType& type)
+{
+    constexpr std::uint32_t most = 1000;
+    return (type.bound == 0 || type.bound > most) && takesNothing(*type.element) ? most : type.bound;
 }
 
 LargestSize LargestSize::of(std::uint64_t bytes, bool isBounded)
@@ -182,8 +223,9 @@ void KeyMeter::addParts(const Type& type)
         addList(*shape.element, shape.count);
     } else if (const auto* const sequence = as<SequenceType>(type)) {
         addDelimiter(*sequence->element);
-        addLength(sequence->bound);
-        addList(*sequence->element, sequence->bound == 0 ? LargestSize::assumedElements : sequence->bound);
+        const std::uint32_t bound = boundOf(*sequence);
+        addLength(bound);
+        addList(*sequence->element, bound == 0 ? LargestSize::assumedElements : bound);
     } else if (const auto* const text = as<StringType>(type)) {
         addLength(text->bound);
         addBytes((text->bound == 0 ? LargestSize::assumedCharacters : text->bound) + 1);

@@ -40,6 +40,14 @@ bool delimitsListOf(const Type& element, bool delimitsEnumerations);
 /// A sequence or array of enums or bitmasks, arrays of arrays looked through; aliases are not.
 bool isListOfEnumerations(const Type& type);
 
+/// Whether values of a type take no bytes in some encoding: structs without members, and what consists of
+/// such.
+bool takesNothing(const Type& type);
+
+/// How many elements a sequence may have; 0: any number. Where elements take no bytes it has a bound that its
+/// declaration does not say: nothing else in a payload would limit their number.
+std::uint32_t boundOf(const SequenceType& type);
+
 /// How many bytes something takes at most. Where that is not bounded, or too much to be set aside, it is what
 /// room is made for at first.
 struct LargestSize {
