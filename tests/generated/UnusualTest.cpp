@@ -258,7 +258,23 @@ TYPED_TEST(Unusual, ValuesThatAreCutOffOrChangedAreReadIfTheCodecReadsThem)
     }
 }
 
+// What the elements of a sequence are when it grows.
+
 using GrowingAdapter = generated::ddsimpl::unusual::Growing;
+using unusual::Level;
+
+TEST(ResizedSequences, HaveElementsThatMayBePublished)
+{
+    GrowingAdapter value;
+    value.resizeLevels(2)[0] = Level::HIGH;
+    EXPECT_EQ(value.resizeLevels(3)[0], Level::HIGH);
+    EXPECT_EQ(value.getLevels()[1], Level::MIDDLE);
+    EXPECT_EQ(value.getLevels()[2], Level::MIDDLE);
+    EXPECT_EQ(value.resizeRowsList(1)[0].back().back(), Level::MIDDLE);
+    EXPECT_EQ(value.resizeMasksList(1)[0], unusual::Mask{});
+    EXPECT_FALSE(encoded<Growing>(value.wire(), XCDR_DATA_REPRESENTATION).empty());
+    EXPECT_EQ(value.resizeLevels(1).size(), 1U);
+}
 
 // Elements that take no bytes: nothing but a bound keeps a payload from announcing any number of them.
 

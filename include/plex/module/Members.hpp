@@ -40,11 +40,13 @@ inline void assignText(const char* member, std::optional<std::string>& target,
     }
 }
 
-template <class Elements>
-Elements& resizeSequence(const char* member, Elements& target, std::size_t size, std::uint32_t bound)
+/// @param initial what new elements are, where their type does not say it.
+template <class Elements, class... Initial>
+Elements& resizeSequence(const char* member, Elements& target, std::size_t size, std::uint32_t bound,
+                         const Initial&... initial)
 {
     checkLength(member, size, bound);
-    target.resize(size);
+    target.resize(size, initial...);
     return target;
 }
 

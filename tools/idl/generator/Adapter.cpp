@@ -271,6 +271,10 @@ std::string adapterSource(const TopicPlan& topic)
     if (std::ranges::any_of(topic.members, isChecked)) {
         headers.add("<plex/module/Members.hpp>");
     }
+    const std::string slots = slotFunctions(topic);
+    std::set<std::string> ofSlots;
+    addHeadersOfText(ofSlots, slots);
+    std::ranges::for_each(ofSlots, [&headers](const std::string& name) { headers.add(name); });
     return filledBlock(R"(
 // SPDX-License-Identifier: Apache-2.0
 #include "@Type@Adapter.hpp"
@@ -319,7 +323,7 @@ void @Type@::copy(const ::@scope@::@Type@& from, ::@scope@::@Type@& to)
                         {"Type", topic.name},
                         {"initializers", initializers(topic)},
                         {"keyFunctions", keyFunctions(topic)},
-                        {"slots", slotFunctions(topic)},
+                        {"slots", slots},
                         {"assignments", assignments(topic)},
                         {"copies", copies(topic)}});
 }

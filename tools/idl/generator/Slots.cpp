@@ -33,10 +33,11 @@ std::uint32_t boundOf(const MemberPlan& plan)
 }
 
 /// A call of a function that knows the member's name and bound.
-std::string checked(const std::string& function, const MemberPlan& plan, const std::string& arguments)
+std::string checked(const std::string& function, const MemberPlan& plan, const std::string& arguments,
+                    const std::string& more = {})
 {
     return "ovra::plex::ps::" + function + "(" + quoted(plan.member->name) + ", " + arguments + ", " +
-           std::to_string(boundOf(plan)) + ");";
+           std::to_string(boundOf(plan)) + more + ");";
 }
 
 std::vector<Slot> slotsOfSmall(const MemberPlan& plan)
@@ -61,12 +62,22 @@ std::string elementType(const MemberPlan& plan)
     return cppType(*as<SequenceType>(resolved(*plan.member->type))->element);
 }
 
+/// What elements are at first, as a further argument; nothing where they are so by themselves.
+std::string initialElement(const MemberPlan& plan)
+{
+    const Type& element = resolved(*as<SequenceType>(resolved(*plan.member->type))->element);
+    const std::string value =
+        element.kind == TypeKind::Enum || element.kind == TypeKind::Array ? initialValue(element) : "";
+    return value.empty() || value == "{}" ? "" : ", " + value;
+}
+
 std::vector<Slot> slotsOfSequence(const MemberPlan& plan)
 {
     const std::string span = "ovra::plex::Span<" + elementType(plan) + ">";
     const std::string constSpan = "ovra::plex::Span<const " + elementType(plan) + ">";
-    const Slot resize{span, "resize" + plan.accessor, "std::size_t size",
-                      "return " + checked("resizeSequence", plan, plan.field + ", size"), false};
+    const Slot resize{
+        span, "resize" + plan.accessor, "std::size_t size",
+        "return " + checked("resizeSequence", plan, plan.field + ", size", initialElement(plan)), false};
     return {getter(plan, constSpan, "return " + plan.field + ";"), resize,
             setter(plan, constSpan, checked("assignSequence", plan, plan.field + ", " + plan.name))};
 }
