@@ -20,6 +20,7 @@
 namespace plex::test
 {
 
+namespace hostcheck = ovra::plex::hostcheck;
 namespace startup = ovra::plex::startup;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -35,7 +36,7 @@ protected:
         needs.mostPortsTried = 101;
         setDomain(3);
         host.freeSharedMemory = 1 << 20;
-        host.now = startup::WallClock::now();
+        host.now = hostcheck::WallClock::now();
     }
 
     void setDomain(std::uint32_t domain)
@@ -56,14 +57,14 @@ protected:
     std::vector<std::string> texts() const
     {
         std::vector<std::string> all;
-        for (const auto& finding : startup::findings(needs, host)) {
-            all.push_back(finding.text);
+        for (const auto& finding : hostcheck::findings(needs, host)) {
+            all.push_back(finding.text());
         }
         return all;
     }
 
-    startup::Needs needs;
-    startup::Host host;
+    hostcheck::Needs needs;
+    hostcheck::Host host;
 };
 
 TEST_F(StartupCheck, FindsNothingWhereNothingIsWrong)
@@ -157,7 +158,7 @@ TEST_F(StartupCheck, CountsNoPortsBeyondTheHighest)
 
 TEST_F(StartupCheck, FindsAClockThatWasNeverSet)
 {
-    host.now = startup::WallClock::time_point(); // of 1970
+    host.now = hostcheck::WallClock::time_point(); // of 1970
     EXPECT_THAT(texts(), ElementsAre("The clock of this host is in the year 1970, so subscribers elsewhere "
                                      "may drop its values as too old; set it, by NTP or PTP"));
 }
@@ -166,7 +167,7 @@ TEST_F(StartupCheck, FindsSeveralThingsAtOnce)
 {
     host.canMulticast = false;
     host.hasSharedMemory = false;
-    host.now = startup::WallClock::time_point();
+    host.now = hostcheck::WallClock::time_point();
     occupy(101);
     EXPECT_THAT(texts(), testing::SizeIs(4));
 }
@@ -174,16 +175,16 @@ TEST_F(StartupCheck, FindsSeveralThingsAtOnce)
 TEST_F(StartupCheck, RecordsACauseOnceAProcess)
 {
     const LogCapture log;
-    startup::record({{testName(), "first"}});
-    startup::record({{testName(), "second"}, {testName() + " other", "third"}});
-    EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, "first"), 1);
-    EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, "second"), 0);
-    EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, "third"), 1);
+    startup::record({{testName(), "first", "mend it"}});
+    startup::record({{testName(), "second", "mend it"}, {testName() + " other", "third", "mend it"}});
+    EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, "first; mend it"), 1);
+    EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, "second; mend it"), 0);
+    EXPECT_EQ(log.count("plexDdsDiscovery", log4cplus::WARN_LOG_LEVEL, "third; mend it"), 1);
 }
 
 TEST_F(StartupCheck, KnowsTheNeedsOfAParticipant)
 {
-    const auto found = startup::needsOf(3, eprosima::fastdds::dds::DomainParticipantQos());
+    const auto found = hostcheck::needsOf(3, eprosima::fastdds::dds::DomainParticipantQos());
     EXPECT_EQ(found.domain, 3U);
     EXPECT_TRUE(found.usesUdp);
     EXPECT_EQ(found.sharedMemoryBytes, 512U * 1024U);
@@ -204,10 +205,30 @@ TEST_F(StartupCheck, TellsTransportsApart)
     EXPECT_EQ(kindOf(rtps::SharedMemTransportDescriptor()), "shared memory");
 }
 
+TEST_F(StartupCheck, KnowsTheLargestReceiveBufferThatIsAskedFor)
+{
+    eprosima::fastdds::dds::DomainParticipantQos qos;
+    EXPECT_EQ(hostcheck::needsOf(3, qos).receiveBufferBytes, 0U);
+    qos.transport().listen_socket_buffer_size = 1000;
+    EXPECT_EQ(hostcheck::needsOf(3, qos).receiveBufferBytes, 1000U);
+    const auto udp = std::make_shared<eprosima::fastdds::rtps::UDPv4TransportDescriptor>();
+    udp->receiveBufferSize = 2000;
+    qos.transport().user_transports.push_back(udp);
+    EXPECT_EQ(hostcheck::needsOf(3, qos).receiveBufferBytes, 2000U);
+}
+
+TEST_F(StartupCheck, KnowsTheInterfacesOfTheHost)
+{
+    const auto interfaces = hostcheck::interfacesOfHost();
+    ASSERT_TRUE(interfaces);
+    EXPECT_THAT(*interfaces, testing::Contains(testing::Field(&hostcheck::Interface::addresses,
+                                                              testing::Contains("127.0.0.1"))));
+}
+
 TEST_F(StartupCheck, LeavesTransportsThatTheEnvironmentChoosesAside)
 {
     setenv("FASTDDS_BUILTIN_TRANSPORTS", "UDPv4", 1); // NOLINT(concurrency-mt-unsafe): alone
-    const auto found = startup::needsOf(3, eprosima::fastdds::dds::DomainParticipantQos());
+    const auto found = hostcheck::needsOf(3, eprosima::fastdds::dds::DomainParticipantQos());
     unsetenv("FASTDDS_BUILTIN_TRANSPORTS"); // NOLINT(concurrency-mt-unsafe): alone
     EXPECT_FALSE(found.usesUdp);
     EXPECT_EQ(found.sharedMemoryBytes, 0U);
@@ -216,14 +237,14 @@ TEST_F(StartupCheck, LeavesTransportsThatTheEnvironmentChoosesAside)
 TEST_F(StartupCheck, LooksAtTheDirectoryOfSharedMemory)
 {
     const TemporaryDirectory directory;
-    const auto here = startup::lookAtHost(needs, directory.path());
+    const auto here = hostcheck::lookAtHost(needs, directory.path());
     EXPECT_TRUE(here.hasSharedMemory);
     EXPECT_TRUE(here.mayWriteSharedMemory);
     struct statvfs room{};
     ASSERT_EQ(statvfs(directory.path().c_str(), &room), 0);
     EXPECT_GT(here.freeSharedMemory, std::uint64_t{room.f_bavail} * room.f_frsize / 2);
     EXPECT_THAT(here.sharedMemoryPorts, IsEmpty());
-    const auto missing = startup::lookAtHost(needs, directory.path() + "/none");
+    const auto missing = hostcheck::lookAtHost(needs, directory.path() + "/none");
     EXPECT_FALSE(missing.hasSharedMemory);
     EXPECT_FALSE(missing.mayWriteSharedMemory);
 }
@@ -237,9 +258,9 @@ TEST_F(StartupCheck, ReadsTheTableOfUdpSockets)
         "   17: 00000000:1CE8 00000000:0000 07 00000000:00000000 00:00000000 00000000     0        0 7\n"
         " 3271: 0100007F:E35F 00000000:0000 07 00000000:00000000 00:00000000 00000000  1001        0 8\n"
         "no socket\n");
-    const auto here = startup::lookAtHost(needs, directory.path(), table);
+    const auto here = hostcheck::lookAtHost(needs, directory.path(), table);
     EXPECT_THAT(here.udpPorts, ElementsAre(testing::Pair(7400, 0), testing::Pair(58207, 1001)));
-    EXPECT_THAT(startup::lookAtHost(needs, directory.path(), "/no/such/table").udpPorts, IsEmpty());
+    EXPECT_THAT(hostcheck::lookAtHost(needs, directory.path(), "/no/such/table").udpPorts, IsEmpty());
 }
 
 TEST_F(StartupCheck, SeesWhichPortsOfOthersGoWithSharedMemory)
@@ -255,7 +276,7 @@ TEST_F(StartupCheck, SeesWhichPortsOfOthersGoWithSharedMemory)
     for (const auto* const port : {"8161", "8165", "8411"}) { // not 8163; 8411 is of the next domain
         directory.write(ovra::plex::fastdds::sharedMemoryPrefix + ("port" + std::string(port)), "");
     }
-    EXPECT_THAT(startup::lookAtHost(needs, directory.path(), table).sharedMemoryPorts, ElementsAre(8161));
+    EXPECT_THAT(hostcheck::lookAtHost(needs, directory.path(), table).sharedMemoryPorts, ElementsAre(8161));
 }
 
 TEST_F(StartupCheck, SeesASocketOfThisHost)
@@ -266,7 +287,7 @@ TEST_F(StartupCheck, SeesASocketOfThisHost)
     ASSERT_EQ(bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     socklen_t length = sizeof address;
     ASSERT_EQ(getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length), 0);
-    const auto here = startup::lookAtHost(needs);
+    const auto here = hostcheck::lookAtHost(needs);
     close(socket);
     EXPECT_EQ(here.user, geteuid());
     ASSERT_TRUE(here.udpPorts.contains(ntohs(address.sin_port)));

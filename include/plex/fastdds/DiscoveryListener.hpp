@@ -58,7 +58,11 @@ struct AnnouncedParticipant {
     std::array<std::uint8_t, 2> vendor{}; ///< RTPS 2.5, 9.3.2
     std::string name;
     std::map<std::string, std::string> properties;
+    std::string version; ///< of Fast DDS, "3.1.2"; generation 2 neither announces it nor tells it of others
 };
+
+/// Whether the version of a participant of Fast DDS is told, unless it is of generation 2.
+inline constexpr bool tellsVersions = PLEX_FASTDDS_GENERATION >= 3;
 
 /// Hears what a participant discovers, of its own endpoints as well, under the names of both generations.
 ///
@@ -103,6 +107,13 @@ private:
     }
 
 #if PLEX_FASTDDS_GENERATION >= 3
+    static std::string versionOf(const rtps::ProductVersion_t& version)
+    {
+        return version.major == 0 ? ""
+                                  : std::to_string(version.major) + "." + std::to_string(version.minor) +
+                                        "." + std::to_string(version.patch);
+    }
+
     /// @param data of a writer or a reader.
     template <class Data>
     static AnnouncedEndpoint endpointOf(const Data& data)
@@ -130,7 +141,8 @@ private:
             announced(AnnouncedParticipant{data.guid.guidPrefix,
                                            {data.vendor_id[0], data.vendor_id[1]},
                                            data.participant_name.to_string(),
-                                           copyOf(data.properties)});
+                                           copyOf(data.properties),
+                                           versionOf(data.product_version)});
         } else {
             gone(data.guid.guidPrefix);
         }
@@ -196,7 +208,8 @@ private:
             announced(AnnouncedParticipant{data.m_guid.guidPrefix,
                                            {data.m_VendorId[0], data.m_VendorId[1]},
                                            data.m_participantName.to_string(),
-                                           copyOf(data.m_properties)});
+                                           copyOf(data.m_properties),
+                                           {}});
         } else {
             gone(data.m_guid.guidPrefix);
         }

@@ -27,8 +27,9 @@ namespace ovra::plex::fastdds
 
 /// A way in which a participant sends and receives packets.
 struct Transport {
-    std::string kind;                    ///< "shared memory", "UDPv4", "UDPv6", "TCP", or "another"
-    std::uint32_t sharedMemoryBytes = 0; ///< of its segment
+    std::string kind;                     ///< "shared memory", "UDPv4", "UDPv6", "TCP", or "another"
+    std::uint32_t sharedMemoryBytes = 0;  ///< of its segment
+    std::uint32_t receiveBufferBytes = 0; ///< that it asks of the system for a socket; 0: as the system likes
 };
 
 /// The variable of the environment that chooses the built-in transports of participants.
@@ -55,11 +56,9 @@ inline Transport transportOf(const eprosima::fastdds::rtps::TransportDescriptorI
         constexpr std::uint32_t byDefault = 512U * 1024U;
         return {"shared memory", memory->segment_size() == 0 ? byDefault : memory->segment_size()};
     }
-    if (dynamic_cast<const rtps::UDPv4TransportDescriptor*>(&descriptor) != nullptr) {
-        return {"UDPv4"};
-    }
-    if (dynamic_cast<const rtps::UDPv6TransportDescriptor*>(&descriptor) != nullptr) {
-        return {"UDPv6"};
+    if (const auto* const udp = dynamic_cast<const rtps::UDPTransportDescriptor*>(&descriptor)) {
+        const bool isVersion6 = dynamic_cast<const rtps::UDPv6TransportDescriptor*>(&descriptor) != nullptr;
+        return {isVersion6 ? "UDPv6" : "UDPv4", 0, udp->receiveBufferSize};
     }
     const bool isTcp = dynamic_cast<const rtps::TCPTransportDescriptor*>(&descriptor) != nullptr;
     return {isTcp ? "TCP" : "another"};
