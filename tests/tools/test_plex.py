@@ -136,11 +136,11 @@ class CommandLine(PlexTest):
     def test_help_names_all_commands_and_exit_codes(self):
         output, errors, code = run("--help")
         self.assertEqual((errors, code), ("", 0))
-        for word in ("list", "info", "echo", "hz", "bw", "delay", "pub", "Exit codes"):
+        for word in ("list", "info", "echo", "hz", "bw", "delay", "pub", "doctor", "Exit codes"):
             self.assertIn(word, output)
 
     def test_each_command_has_help(self):
-        for command in ("list", "info", "echo", "hz", "bw", "delay", "pub"):
+        for command in ("list", "info", "echo", "hz", "bw", "delay", "pub", "doctor"):
             output, errors, code = run(command, "--help")
             self.assertEqual((errors, code), ("", 0))
             self.assertIn("--domain", output)

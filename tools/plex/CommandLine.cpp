@@ -174,6 +174,17 @@ Action addPub(CLI::App& app)
     };
 }
 
+Action addDoctor(CLI::App& app)
+{
+    const auto options = std::make_shared<DoctorOptions>();
+    addCommon(app, *options);
+    app.add_flag("--clean", options->clean,
+                 "Remove what killed programs have left in shared memory, and no living one holds");
+    return [options] {
+        return doctor(*options);
+    };
+}
+
 constexpr std::array commands{
     Command{"list", "Show what is there: participants, topics, and who writes and reads them", addList},
     Command{"info", "Show which writers and readers of a topic are matched, and why others are not", addInfo},
@@ -182,11 +193,13 @@ constexpr std::array commands{
     Command{"bw", "Measure how many bytes come", addMeasuring<bw>},
     Command{"delay", "Measure how old values are as they come", addMeasuring<delay>},
     Command{"pub", "Publish a value", addPub},
+    Command{"doctor", "Say what is wrong with this host and the domain, and the cure", addDoctor},
 };
 
 constexpr const char* exitCodes = "Exit codes: 0 done, also when interrupted; 1 DDS or the system would not; "
                                   "2 the command line asks for what can "
-                                  "not be; 3 no such topic, type or reader is there.";
+                                  "not be; 3 no such topic, type or reader is there; "
+                                  "4 something is wrong with the host or the domain.";
 
 } // namespace
 

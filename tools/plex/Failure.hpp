@@ -13,6 +13,7 @@ enum class ExitCode : int {
     Failed = 1,   ///< DDS or the system would not
     Usage = 2,    ///< the command line asks for what can not be
     NotFound = 3, ///< no such topic, type or peer is there
+    Wrong = 4,    ///< something is wrong with the host or the domain
 };
 
 /// What ends a command early: a text for people, and the exit code.

@@ -57,6 +57,13 @@ ExitCode hz(const MeasureOptions& options);
 ExitCode bw(const MeasureOptions& options);
 ExitCode delay(const MeasureOptions& options);
 
+/// What is wrong with the host and the domain.
+struct DoctorOptions : CommonOptions {
+    bool clean = false; ///< removes what killed programs have left in shared memory
+};
+
+ExitCode doctor(const DoctorOptions& options);
+
 /// Publishes values.
 struct PubOptions : CommonOptions {
     std::string topic;

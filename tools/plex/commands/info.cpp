@@ -3,54 +3,17 @@
 #include "../Domain.hpp"
 #include "../Interrupt.hpp"
 #include "../Output.hpp"
+#include "../Pairs.hpp"
 #include "../Words.hpp"
 #include "Commands.hpp"
 
 #include <algorithm>
-#include <array>
-#include <src/engine/Compatibility.hpp>
 
 namespace ovra::plex::tool
 {
 
 namespace
 {
-
-/// A writer and a reader of one topic.
-struct Pair {
-    const fastdds::AnnouncedEndpoint& writer;
-    const fastdds::AnnouncedEndpoint& reader;
-    std::vector<ps::Refusal> refusals;
-    bool isMatched; ///< maybe in spite of refusals, as Fast DDS does not go by all policies
-};
-
-bool isFastDds(const Scene& scene, const fastdds::AnnouncedEndpoint& endpoint)
-{
-    const auto* const participant = scene.participantOf(endpoint.guid);
-    return participant != nullptr && placeOf(*participant).vendor == "Fast DDS";
-}
-
-bool isLeftToOthers(const ps::Refusal& refusal)
-{
-    constexpr std::array policies{"latency budget", "destination order", "presentation"};
-    return std::ranges::find(policies, refusal.policy) != policies.end();
-}
-
-std::vector<Pair> pairsOf(const Scene& scene, const std::vector<fastdds::AnnouncedEndpoint>& writers,
-                          const std::vector<fastdds::AnnouncedEndpoint>& readers)
-{
-    std::vector<Pair> pairs;
-    for (const auto& writer : writers) {
-        for (const auto& reader : readers) {
-            auto refusals = ps::internal::refusalsBetween(writer, reader);
-            const bool isMatched =
-                refusals.empty() || (isFastDds(scene, writer) && isFastDds(scene, reader) &&
-                                     std::ranges::all_of(refusals, isLeftToOthers));
-            pairs.push_back({writer, reader, std::move(refusals), isMatched});
-        }
-    }
-    return pairs;
-}
 
 Json toJson(const Pair& pair)
 {
@@ -100,7 +63,7 @@ ExitCode info(const InfoOptions& options)
     const Scene scene = domain.scene();
     const auto writers = scene.writersOf(options.topic);
     const auto readers = scene.readersOf(options.topic);
-    const auto pairs = pairsOf(scene, writers, readers);
+    const auto pairs = pairsOf(scene, options.topic);
     if (options.json) {
         Json json{{"domain", options.domain},
                   {"topic", options.topic},
