@@ -136,7 +136,7 @@ class CommandLine(PlexTest):
     def test_help_names_all_commands_and_exit_codes(self):
         output, errors, code = run("--help")
         self.assertEqual((errors, code), ("", 0))
-        for word in ("list", "info", "echo", "hz", "bw", "delay", "pub", "doctor", "Exit codes"):
+        for word in ("list", "info", "echo", "hz", "bw", "delay", "pub", "top", "doctor", "Exit codes"):
             self.assertIn(word, output)
 
     def test_each_command_has_help(self):

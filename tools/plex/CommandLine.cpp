@@ -25,12 +25,17 @@ struct Command {
     Action (*addOptions)(CLI::App& app);
 };
 
-void addCommon(CLI::App& app, CommonOptions& options)
+void addDomain(CLI::App& app, CommonOptions& options)
 {
     app.add_option("-d,--domain", options.domain, "The DDS domain")
         ->check(CLI::Range(0U, 232U))
         ->type_name("NUMBER")
         ->capture_default_str();
+}
+
+void addCommon(CLI::App& app, CommonOptions& options)
+{
+    addDomain(app, options);
     app.add_flag("--json", options.json, "Write JSON");
 }
 
@@ -174,6 +179,16 @@ Action addPub(CLI::App& app)
     };
 }
 
+Action addTop(CLI::App& app)
+{
+    const auto options = std::make_shared<TopOptions>();
+    addDomain(app, *options);
+    addTypes(app, options->types);
+    return [options] {
+        return top(*options);
+    };
+}
+
 Action addDoctor(CLI::App& app)
 {
     const auto options = std::make_shared<DoctorOptions>();
@@ -193,6 +208,7 @@ constexpr std::array commands{
     Command{"bw", "Measure how many bytes come", addMeasuring<bw>},
     Command{"delay", "Measure how old values are as they come", addMeasuring<delay>},
     Command{"pub", "Publish a value", addPub},
+    Command{"top", "Show topics, their rates and values on a live screen", addTop},
     Command{"doctor", "Say what is wrong with this host and the domain, and the cure", addDoctor},
 };
 

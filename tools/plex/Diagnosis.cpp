@@ -16,15 +16,6 @@ namespace ovra::plex::tool
 namespace
 {
 
-std::string joined(const std::vector<std::string>& words, const char* separator)
-{
-    std::string text;
-    for (const auto& word : words) {
-        text += (text.empty() ? "" : separator) + word;
-    }
-    return text;
-}
-
 void addLeftovers(const std::vector<SharedFiles>& leftovers, std::vector<Problem>& problems)
 {
     if (leftovers.empty()) {

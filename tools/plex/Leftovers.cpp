@@ -87,7 +87,7 @@ Holder holderOf(const std::string& path)
 }
 
 /// Who holds files that belong together: it takes one.
-Holder joined(Holder one, Holder other)
+Holder together(Holder one, Holder other)
 {
     if (one == Holder::Living || other == Holder::Living) {
         return Holder::Living;
@@ -131,7 +131,7 @@ std::vector<SharedFiles> sharedFilesIn(const std::string& directory)
         files.name = group;
         files.files.insert(name == group ? files.files.begin() : files.files.end(), name);
         files.bytes += static_cast<std::uint64_t>(status.st_blocks) * block;
-        files.holder = joined(files.holder, holderOf(path));
+        files.holder = together(files.holder, holderOf(path));
     }
     std::vector<SharedFiles> result;
     std::ranges::transform(groups, std::back_inserter(result), [](auto& entry) { return entry.second; });

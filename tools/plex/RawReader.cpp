@@ -148,28 +148,42 @@ void remarkOthers(const std::string& topic, const std::string& type,
 
 } // namespace
 
-RawReader::RawReader(Domain& domain, const std::string& topic, bool keepsBytes) : topic_(topic)
+RawReader::RawReader(Domain& domain, const std::string& topic, bool keepsBytes)
+    : participant_(domain.participant())
+    , topic_(topic)
 {
     const Scene scene = domain.scene();
     auto writers = scene.writersOf(topic);
     const auto readers = scene.readersOf(topic);
+    if (writers.empty() && readers.empty()) {
+        throw Failure(ExitCode::NotFound, "topic \"" + topic + "\" is gone");
+    }
     const auto& model = writers.empty() ? readers.at(0) : writers.front();
     type_ = model.type;
     keyed_ = hasKey(model.guid);
-    remarkOthers(topic, type_, writers);
     std::erase_if(writers, [&](const auto& writer) { return writer.type != type_; });
-    create(domain, writers, keepsBytes);
+    create(writers, keepsBytes);
 }
 
-void RawReader::create(Domain& domain, const std::vector<fastdds::AnnouncedEndpoint>& writers,
-                       bool keepsBytes)
+RawReader::~RawReader()
 {
-    auto& participant = domain.participant();
-    dds::TypeSupport(new RawType(type_, keyed_, keepsBytes)).register_type(&participant);
-    auto* const topic =
-        checked(participant.create_topic(topic_, type_, dds::TOPIC_QOS_DEFAULT), "topic", topic_);
-    auto* const subscriber = checked(participant.create_subscriber(subscriberQos()), "subscriber", topic_);
-    reader_ = checked(subscriber->create_datareader(topic, readerQos(writers)), "reader", topic_);
+    subscriber_->delete_datareader(reader_);
+    participant_.delete_subscriber(subscriber_);
+    participant_.delete_topic(ddsTopic_);
+}
+
+void RawReader::keepBytes(bool keepsBytes)
+{
+    const auto type = participant_.find_type(type_); // it may have been registered for another reader
+    static_cast<RawType*>(type.get())->keepBytes(keepsBytes);
+}
+
+void RawReader::create(const std::vector<fastdds::AnnouncedEndpoint>& writers, bool keepsBytes)
+{
+    dds::TypeSupport(new RawType(type_, keyed_, keepsBytes)).register_type(&participant_);
+    ddsTopic_ = checked(participant_.create_topic(topic_, type_, dds::TOPIC_QOS_DEFAULT), "topic", topic_);
+    subscriber_ = checked(participant_.create_subscriber(subscriberQos()), "subscriber", topic_);
+    reader_ = checked(subscriber_->create_datareader(ddsTopic_, readerQos(writers)), "reader", topic_);
     reader_->get_statuscondition().set_enabled_statuses(dds::StatusMask::data_available());
 }
 
@@ -195,6 +209,7 @@ RawReaders::RawReaders(Domain& domain, const std::vector<std::string>& topics, b
             return;
         }
         readers_.push_back(std::make_unique<RawReader>(domain, topic, keepsBytes));
+        remarkOthers(topic, readers_.back()->type(), domain.scene().writersOf(topic));
         waitSet_.attach_condition(readers_.back()->condition());
     }
 }

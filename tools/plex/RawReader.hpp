@@ -7,6 +7,8 @@
 
 #include <fastdds/dds/core/condition/WaitSet.hpp>
 #include <fastdds/dds/subscriber/DataReader.hpp>
+#include <fastdds/dds/subscriber/Subscriber.hpp>
+#include <fastdds/dds/topic/Topic.hpp>
 #include <fastdds/dds/topic/TypeSupport.hpp>
 
 #include <functional>
@@ -29,13 +31,16 @@ struct Received {
     std::int64_t receptionTime; ///< likewise
 };
 
-/// A reader of one topic. Belongs to one thread, and goes before its domain.
+/// A reader of one topic. Belongs to one thread, and goes before its domain. There is one of a topic at most.
 class RawReader
 {
 public:
     /// For the writers that are known of a topic, or where there is none, for its readers' type.
-    /// @throws Failure where DDS refuses.
+    /// @throws Failure where DDS refuses, and where there is no such topic any more.
     RawReader(Domain& domain, const std::string& topic, bool keepsBytes);
+    RawReader(const RawReader&) = delete;
+    RawReader& operator=(const RawReader&) = delete;
+    ~RawReader();
 
     const std::string& topic() const { return topic_; }
 
@@ -44,18 +49,24 @@ public:
 
     bool keyed() const { return keyed_; }
 
+    /// Whether payloads are kept from now on, by all readers of the type.
+    void keepBytes(bool keepsBytes);
+
     dds::StatusCondition& condition() { return reader_->get_statuscondition(); }
 
     /// Takes all that is there.
     void take(const std::function<void(const Received&)>& handle);
 
 private:
-    void create(Domain& domain, const std::vector<fastdds::AnnouncedEndpoint>& writers, bool keepsBytes);
+    void create(const std::vector<fastdds::AnnouncedEndpoint>& writers, bool keepsBytes);
 
+    dds::DomainParticipant& participant_;
     const std::string topic_;
     std::string type_;
     bool keyed_ = false;
-    dds::DataReader* reader_ = nullptr; ///< the participant's
+    dds::Topic* ddsTopic_ = nullptr; ///< this and what follows are deleted by the destructor
+    dds::Subscriber* subscriber_ = nullptr;
+    dds::DataReader* reader_ = nullptr;
 };
 
 /// Readers of several topics.

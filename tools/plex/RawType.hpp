@@ -33,8 +33,12 @@ public:
     using fastdds::TopicDataType::is_plain;
     using fastdds::TopicDataType::serialize;
 
-    /// @param keepsBytes whether readers get the payloads, or their sizes only.
+    /// @param keepsBytes as keepBytes() has it.
     RawType(const std::string& name, bool keyed, bool keepsBytes);
+
+    /// @param keepsBytes whether readers get the payloads, or their sizes only. To be called by the thread
+    /// that takes.
+    void keepBytes(bool keepsBytes) { keepsBytes_ = keepsBytes; }
 
     bool serialize(void* data, fastdds::SerializedPayload_t* payload) override;
     bool serialize(void* data, fastdds::SerializedPayload_t* payload,
@@ -50,7 +54,7 @@ public:
     bool is_plain() const override;
 
 private:
-    const bool keepsBytes_;
+    bool keepsBytes_;
 };
 
 } // namespace ovra::plex::tool

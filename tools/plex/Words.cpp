@@ -82,6 +82,16 @@ std::string counted(std::uint64_t number, std::string_view noun)
     return std::to_string(number) + " " + std::string(noun) + (number == 1 ? "" : "s");
 }
 
+std::string joined(const std::vector<std::string>& words, std::string_view separator)
+{
+    std::string text;
+    for (const auto& word : words) {
+        text += text.empty() ? "" : separator;
+        text += word;
+    }
+    return text;
+}
+
 std::string inHexadecimal(std::span<const std::uint8_t> bytes)
 {
     constexpr std::string_view digits = "0123456789abcdef";

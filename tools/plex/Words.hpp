@@ -24,6 +24,9 @@ std::string fixed(double number, int digits);
 /// "1 value", "2 values". @param noun in the singular.
 std::string counted(std::uint64_t number, std::string_view noun);
 
+/// Words in a row, with a separator between each two.
+std::string joined(const std::vector<std::string>& words, std::string_view separator);
+
 /// Two hexadecimal digits a byte.
 std::string inHexadecimal(std::span<const std::uint8_t> bytes);
 

@@ -64,6 +64,13 @@ struct DoctorOptions : CommonOptions {
 
 ExitCode doctor(const DoctorOptions& options);
 
+/// Topics on a live screen.
+struct TopOptions : CommonOptions {
+    TypeOptions types;
+};
+
+ExitCode top(const TopOptions& options);
+
 /// Publishes values.
 struct PubOptions : CommonOptions {
     std::string topic;
