@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.hpp"
 
+#include "CommandText.hpp"
+#include "Output.hpp"
 #include "commands/Commands.hpp"
 
 #include <CLI/CLI.hpp>
@@ -8,6 +10,8 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <sstream>
+#include <utility>
 
 namespace ovra::plex::tool
 {
@@ -23,6 +27,7 @@ struct Command {
     const char* name;
     const char* description;
     Action (*addOptions)(CLI::App& app);
+    bool isHidden = false; ///< it is for programs
 };
 
 void addDomain(CLI::App& app, CommonOptions& options)
@@ -200,6 +205,35 @@ Action addDoctor(CLI::App& app)
     };
 }
 
+Action addCompletion(CLI::App& app)
+{
+    const auto shell = std::make_shared<std::string>();
+    app.add_option("SHELL", *shell, "The shell")->required()->check(CLI::IsMember({"bash", "fish", "zsh"}));
+    return [shell] {
+        write(completionScript(programText(), *shell));
+        return ExitCode::Done;
+    };
+}
+
+Action addCompleteTopics(CLI::App& app)
+{
+    const auto options = std::make_shared<CommonOptions>();
+    addDomain(app, *options);
+    return [options] {
+        return completeTopics(*options);
+    };
+}
+
+Action addManual(CLI::App& app)
+{
+    const auto folder = std::make_shared<std::string>();
+    app.add_option("FOLDER", *folder, "Where to write them")->required()->check(CLI::ExistingDirectory);
+    return [folder] {
+        writeManualPages(programText(), *folder);
+        return ExitCode::Done;
+    };
+}
+
 constexpr std::array commands{
     Command{"list", "Show what is there: participants, topics, and who writes and reads them", addList},
     Command{"info", "Show which writers and readers of a topic are matched, and why others are not", addInfo},
@@ -210,33 +244,130 @@ constexpr std::array commands{
     Command{"pub", "Publish a value", addPub},
     Command{"top", "Show topics, their rates and values on a live screen", addTop},
     Command{"doctor", "Say what is wrong with this host and the domain, and the cure", addDoctor},
+    Command{"completion", "Write a script that has a shell complete these commands", addCompletion},
+    Command{"complete-topics", "Name the topics of a domain", addCompleteTopics, true},
+    Command{"manual", "Write the man pages", addManual, true},
 };
 
-constexpr const char* exitCodes = "Exit codes: 0 done, also when interrupted; 1 DDS or the system would not; "
-                                  "2 the command line asks for what can "
-                                  "not be; 3 no such topic, type or reader is there; "
-                                  "4 something is wrong with the host or the domain.";
+struct ExitCodeMeaning {
+    ExitCode code;
+    const char* meaning;
+};
+
+constexpr std::array exitCodes{
+    ExitCodeMeaning{ExitCode::Done, "done, also when interrupted"},
+    ExitCodeMeaning{ExitCode::Failed, "DDS or the system would not"},
+    ExitCodeMeaning{ExitCode::Usage, "the command line asks for what can not be"},
+    ExitCodeMeaning{ExitCode::NotFound, "no such topic, type or reader is there"},
+    ExitCodeMeaning{ExitCode::Wrong, "something is wrong with the host or the domain"},
+};
+
+std::string exitCodesInWords()
+{
+    std::string text;
+    for (const auto& [code, meaning] : exitCodes) {
+        text +=
+            (text.empty() ? "Exit codes: " : "; ") + std::to_string(static_cast<int>(code)) + " " + meaning;
+    }
+    return text + ".";
+}
+
+/// The program's options, and all commands with theirs.
+struct Definition {
+    Definition()
+    {
+        app.set_version_flag("--version", "plex " PLEX_VERSION, "Say the version and end");
+        app.require_subcommand(1);
+        const std::string footer = exitCodesInWords();
+        app.footer(footer);
+        for (const auto& command : commands) {
+            auto* const subcommand = app.add_subcommand(command.name, command.description);
+            subcommand->footer(footer);
+            subcommand->callback([this, own = command.addOptions(*subcommand)] { action = own; });
+            if (command.isHidden) {
+                subcommand->group("");
+            }
+        }
+    }
+
+    CLI::App app{"Looks at what publishers and subscribers exchange over DDS", "plex"};
+    Action action; ///< of the command that is asked for
+};
+
+/// The words between the braces of what a validator says of itself, "WORD:{final,mutable}".
+std::vector<std::string> choicesOf(const std::string& typeName)
+{
+    std::vector<std::string> words;
+    const auto begin = typeName.find('{');
+    if (begin != std::string::npos) {
+        std::istringstream list(typeName.substr(begin + 1, typeName.find('}') - begin - 1));
+        for (std::string word; std::getline(list, word, ',');) {
+            words.push_back(word);
+        }
+    }
+    return words;
+}
+
+OptionText textOf(const CLI::Option& option)
+{
+    OptionText text;
+    for (const auto& name : option.get_snames()) {
+        text.names.push_back("-" + name);
+    }
+    for (const auto& name : option.get_lnames()) {
+        text.names.push_back("--" + name);
+    }
+    const std::string type = option.get_type_name();
+    if (!text.isNamed()) {
+        text.argument = option.get_name(true);
+    } else if (option.get_type_size() > 0) {
+        text.argument = type.substr(0, type.find(':'));
+    }
+    text.choices = choicesOf(type);
+    text.description = option.get_description();
+    text.byDefault = option.get_default_str();
+    text.isRepeated = option.get_expected_max() > 1 && !text.argument.empty();
+    return text;
+}
+
+CommandText textOf(const CLI::App& app)
+{
+    CommandText text{"", app.get_description(), {}};
+    for (const auto* const option : app.get_options()) {
+        text.options.push_back(textOf(*option));
+    }
+    return text;
+}
 
 } // namespace
 
+ProgramText programText()
+{
+    const Definition definition;
+    ProgramText text;
+    text.program = textOf(definition.app);
+    for (const auto& command : commands) {
+        if (!command.isHidden) {
+            text.commands.push_back(textOf(*definition.app.get_subcommand(command.name)));
+            text.commands.back().name = command.name;
+        }
+    }
+    for (const auto& [code, meaning] : exitCodes) {
+        text.exitCodes.push_back({static_cast<int>(code), meaning});
+    }
+    return text;
+}
+
 int runCommandLine(int argc, const char* const* argv)
 {
-    CLI::App app("Looks at what publishers and subscribers exchange over DDS", "plex");
-    app.set_version_flag("--version", "plex " PLEX_VERSION);
-    app.require_subcommand(1);
-    app.footer(exitCodes);
-    Action action;
-    for (const auto& command : commands) {
-        auto* const subcommand = app.add_subcommand(command.name, command.description);
-        subcommand->footer(exitCodes);
-        subcommand->callback([&action, own = command.addOptions(*subcommand)] { action = own; });
-    }
+    Definition definition;
+    auto& app = definition.app;
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? static_cast<int>(ExitCode::Done) : static_cast<int>(ExitCode::Usage);
     }
-    return static_cast<int>(action());
+    return static_cast<int>(definition.action());
 }
 
 } // namespace ovra::plex::tool

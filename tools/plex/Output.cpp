@@ -17,7 +17,7 @@ namespace ovra::plex::tool
 namespace
 {
 
-void write(std::string_view text)
+void writeAll(std::string_view text)
 {
     while (!text.empty()) {
         const auto count = ::write(STDOUT_FILENO, text.data(), text.size());
@@ -68,7 +68,12 @@ const char* sequenceOf(Colour colour)
 
 void writeLine(std::string_view line)
 {
-    write(std::string(line) + "\n");
+    writeAll(std::string(line) + "\n");
+}
+
+void write(std::string_view text)
+{
+    writeAll(text);
 }
 
 bool isOutputClosed()

@@ -19,6 +19,9 @@ enum class Colour { Plain, Bold, Dim, Red, Green, Yellow };
 /// @throws OutputClosed; Failure where it can not be written, as on a full disk.
 void writeLine(std::string_view line);
 
+/// Writes a text as it is. @throws as writeLine().
+void write(std::string_view text);
+
 /// Whether nobody reads the output any more. Commands that wait ask this now and then.
 bool isOutputClosed();
 

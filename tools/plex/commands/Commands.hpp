@@ -71,6 +71,9 @@ struct TopOptions : CommonOptions {
 
 ExitCode top(const TopOptions& options);
 
+/// The names of topics, for the completion of shells.
+ExitCode completeTopics(const CommonOptions& options);
+
 /// Publishes values.
 struct PubOptions : CommonOptions {
     std::string topic;

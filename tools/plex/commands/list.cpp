@@ -109,4 +109,14 @@ ExitCode list(const ListOptions& options)
     return ExitCode::Done;
 }
 
+ExitCode completeTopics(const CommonOptions& options)
+{
+    Domain domain(options.domain, "plex complete-topics");
+    domain.settle();
+    for (const auto& topic : domain.scene().topics()) {
+        writeLine(topic);
+    }
+    return ExitCode::Done;
+}
+
 } // namespace ovra::plex::tool
