@@ -56,6 +56,10 @@ plex pub dome/shutters dome::Shutter '{"name": "upper"}' -d $domain --wait 0 --j
 contains published '"values":1'
 plex list -d $domain --json >"$work/listed"
 contains listed '"participants"'
+plex doctor -d $domain >"$work/doctor" || [ $? = 4 ] # the host may have what it tells of
+contains doctor "Domain $domain"
+bash -c '. /usr/share/bash-completion/completions/plex && complete -p plex' >"$work/completion"
+contains completion 'plex$'
 plex-idl --help >"$work/help"
 contains help '--depfile'
 unset LD_LIBRARY_PATH
