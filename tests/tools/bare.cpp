@@ -2,6 +2,9 @@
 // A program of bare Fast DDS for the tests of the command plex: one endpoint of type vexstubif::AltAz.
 //
 //     bare write|read DOMAIN TOPIC [reliable|best-effort [PARTITION]]
+//     bare crowd DOMAIN TOPIC PARTICIPANTS PAIRS    participants, each with so many writers and readers of
+//     topics
+//                                                   TOPIC/0, TOPIC/1 …; it obeys nothing
 //
 // Each line of its standard input is a command, each of its answers a line:
 //
@@ -28,6 +31,7 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -114,6 +118,31 @@ void create(Entities& entities, const std::vector<std::string>& arguments)
     }
 }
 
+/// Waits for the end of the standard input with participants that have writers and readers.
+void crowd(const std::vector<std::string>& arguments)
+{
+    const auto pairs = std::stoi(arguments.at(5));
+    std::vector<std::unique_ptr<Entities>> all;
+    for (int i = 0; i < std::stoi(arguments.at(4)); ++i) {
+        auto& participant =
+            *all.emplace_back(std::make_unique<Entities>(static_cast<unsigned>(std::stoul(arguments[2]))))
+                 ->participant;
+        const dds::TypeSupport type(new AltAzPubSubType());
+        type.register_type(&participant);
+        auto* const publisher = made(participant.create_publisher(dds::PUBLISHER_QOS_DEFAULT));
+        auto* const subscriber = made(participant.create_subscriber(dds::SUBSCRIBER_QOS_DEFAULT));
+        for (int pair = 0; pair < pairs; ++pair) {
+            auto* const topic = made(participant.create_topic(arguments[3] + "/" + std::to_string(pair),
+                                                              type.get_type_name(), dds::TOPIC_QOS_DEFAULT));
+            made(publisher->create_datawriter(topic, dds::DATAWRITER_QOS_DEFAULT));
+            made(subscriber->create_datareader(topic, dds::DATAREADER_QOS_DEFAULT));
+        }
+    }
+    std::cout << "ready" << std::endl;
+    for (std::string line; std::getline(std::cin, line);) {
+    }
+}
+
 int matchedOf(const Entities& entities)
 {
     if (entities.writer != nullptr) {
@@ -187,6 +216,10 @@ int main(int argc, char** argv)
         const std::vector<std::string> arguments(argv, argv + argc);
         if (arguments.size() < 4) {
             throw std::runtime_error("arguments are missing");
+        }
+        if (arguments[1] == "crowd") {
+            crowd(arguments);
+            return EXIT_SUCCESS;
         }
         Entities entities(static_cast<unsigned>(std::stoul(arguments[2])));
         create(entities, arguments);

@@ -230,6 +230,25 @@ class List(PlexTest):
             self.assertEqual(b"\033[" in shown, expected, settings)
 
 
+class Crowd(PlexTest):
+    """50 participants in one process, with 500 endpoints."""
+
+    domain = 109
+
+    def test_all_are_listed_in_less_than_5_seconds(self):
+        topic = self.topic()
+        self.enterContext(crowd := Process(PROGRAMS / "tools-bare", "crowd", self.domain, topic, 50, 5))
+        self.assertEqual(crowd.line(), "ready")
+        begin = time.monotonic()
+        output, errors, code = self.run_plex("list", "--json")
+        seconds = time.monotonic() - begin
+        self.assertEqual((errors, code), ("", 0))
+        seen = json.loads(output)
+        endpoints = [each for found in seen["topics"] for each in found["writers"] + found["readers"]]
+        self.assertEqual((len(seen["participants"]), len(endpoints)), (50, 500))
+        self.assertLess(seconds, 5)
+
+
 class Info(PlexTest):
     domain = 217
 
@@ -249,6 +268,22 @@ class Info(PlexTest):
             self.assertEqual(pair["matched"], fits)
             self.assertEqual(pair["refusals"], [] if fits else [
                 {"policy": "reliability", "offered": "best-effort", "asked": "reliable"}])
+
+    def test_what_each_writer_sends_is_measured(self):
+        topic = self.topic()
+        fast, slow = self.bare("write", topic), self.bare("write", topic)
+        fast.say("publish 2000 200")
+        slow.say("publish 200 20")
+        output, errors, code = self.run_plex("info", topic, "--json", "--duration", 3)
+        self.assertEqual((errors, code), ("", 0))
+        for writer in json.loads(output)["writers"]:
+            rate = 200 if writer["process"] == str(fast.process.pid) else 20
+            self.assertAlmostEqual(writer["rate"] / rate, 1, delta=0.1)
+            self.assertAlmostEqual(writer["bytesPerSecond"], 20 * writer["rate"])
+        output, _, _ = self.run_plex("info", topic)
+        self.assertRegex(output, r"\n +\d+\.\d values/s, .*B/s\n")
+        output, _, _ = self.run_plex("info", topic, "--json", "--duration", 0)
+        self.assertNotIn("rate", json.loads(output)["writers"][0])
 
     def test_people_read_the_same(self):
         topic = self.topic()

@@ -103,6 +103,11 @@ Action addInfo(CLI::App& app)
     const auto options = std::make_shared<InfoOptions>();
     addTopic(app, options->topic);
     addCommon(app, *options);
+    app.add_option("--duration", options->duration,
+                   "Count for so many seconds what writers send; 0: not at all")
+        ->check(CLI::Range(0.0, 86400.0))
+        ->type_name("SECONDS")
+        ->capture_default_str();
     return [options] {
         return info(*options);
     };

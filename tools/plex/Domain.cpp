@@ -25,6 +25,7 @@ using ps::internal::isWriter;
 
 constexpr auto shortestSettling = 1000ms; // participants repeat themselves every 100 ms at first
 constexpr auto quietTime = 500ms;
+constexpr auto quietTimeOfEach = 10ms; // further, for a participant: many take their turns to answer
 constexpr auto longestSettling = 3000ms;
 
 dds::DomainParticipantQos qosOf(dds::DomainParticipantFactory& factory, const std::string& name)
@@ -149,8 +150,9 @@ std::optional<fastdds::AnnouncedEndpoint> Domain::ownEndpoint(const fastdds::Gui
 bool Domain::isSettled() const
 {
     const auto now = Clock::now();
+    const auto quiet = quietTime + participants_.size() * quietTimeOfEach;
     return now - begin_ >= longestSettling ||
-           (now - begin_ >= shortestSettling && now - lastChange_ >= quietTime);
+           (now - begin_ >= shortestSettling && now - lastChange_ >= quiet);
 }
 
 void Domain::settle()

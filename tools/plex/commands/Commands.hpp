@@ -30,6 +30,7 @@ ExitCode list(const ListOptions& options);
 /// A topic's pairs of writers and readers.
 struct InfoOptions : CommonOptions {
     std::string topic;
+    double duration = 1.0; ///< seconds for which is counted what writers send; 0: nothing is
 };
 
 ExitCode info(const InfoOptions& options);
