@@ -28,12 +28,12 @@ LEAVES = "\033[?1049l"  # the alternative screen
 class Terminal:
     """A program in a terminal of its own, and what the terminal shows."""
 
-    def __init__(self, *arguments):
-        self.screen = pyte.Screen(COLUMNS, ROWS)
+    def __init__(self, *arguments, columns=COLUMNS):
+        self.screen = pyte.Screen(columns, ROWS)
         self.stream = pyte.Stream(self.screen)
         self.written = ""
         self.ours, self.theirs = pty.openpty()
-        fcntl.ioctl(self.theirs, termios.TIOCSWINSZ, struct.pack("HHHH", ROWS, COLUMNS, 0, 0))
+        fcntl.ioctl(self.theirs, termios.TIOCSWINSZ, struct.pack("HHHH", ROWS, columns, 0, 0))
         self.settings = termios.tcgetattr(self.theirs)
         environment = {**os.environ, "TERM": "xterm-256color", "COLORTERM": "truecolor"}
         self.process = subprocess.Popen(arguments, stdin=self.theirs, stdout=self.theirs, stderr=subprocess.PIPE,
