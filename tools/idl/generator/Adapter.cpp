@@ -104,7 +104,7 @@ void addKeyParts(std::vector<std::string>& parts, const Member& member, const st
     }
     for (const auto& [inner, name] : namedMembers(*structure)) {
         if (inner->key) {
-            addKeyParts(parts, *inner, access + "." + name);
+            addKeyParts(parts, *inner, std::string(access).append(".").append(name));
         }
     }
 }
@@ -122,7 +122,7 @@ std::string keyComparison(const TopicPlan& topic)
 {
     std::string text;
     for (const std::string& part : keyParts(topic)) {
-        text += (text.empty() ? "" : " && ") + part + " == key." + part;
+        text.append(text.empty() ? "" : " && ").append(part).append(" == key.").append(part);
     }
     return text;
 }
@@ -131,7 +131,7 @@ std::string keyAssignments(const TopicPlan& topic)
 {
     std::string text;
     for (const std::string& part : keyParts(topic)) {
-        text += "    key->" + part + " = " + part + ";\n";
+        text.append("    key->").append(part).append(" = ").append(part).append(";\n");
     }
     return text;
 }

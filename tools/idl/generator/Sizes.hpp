@@ -23,7 +23,7 @@ class LeastSizes
 {
 public:
     /// Without padding; the truth may be more.
-    std::uint64_t of(const Type& type, XcdrVersion version);
+    std::uint64_t of(const Type& declared, XcdrVersion version);
 
 private:
     std::uint64_t ofParts(const Type& type, XcdrVersion version);

@@ -22,7 +22,10 @@ std::string boundedText(const TopicPlan& topic)
     if (topic.rules.keyVersion == XcdrVersion::Xcdr2) {
         return word(isBounded) + word(isKeyBounded) + ", eprosima::fastcdr::CdrVersion::XCDRv2";
     }
-    return isKeyBounded ? (isBounded ? "" : ", false") : ", false, false";
+    if (!isKeyBounded) { // nor is what holds it
+        return word(false) + word(false);
+    }
+    return isBounded ? "" : word(false);
 }
 
 } // namespace

@@ -36,11 +36,11 @@ Extensibility extensibilityOf(const Type& type);
 bool isByte(const Type& type);
 
 /// The bytes that a value takes at least, padding apart; 0 where it may take none.
-std::uint64_t leastSize(const Type& type, XcdrVersion version);
+std::uint64_t leastSize(const Type& declared, XcdrVersion version);
 
 /// What the header of a member in XCDR version 2 takes from the member's own length: 5 the bytes that its
 /// first 32 bits count, 6 as many words of 4 bytes, 7 of 8 bytes; 0 nothing.
-std::uint32_t sharedLengthCode(const Type& type, const CodecOptions& options);
+std::uint32_t sharedLengthCode(const Type& declared, const CodecOptions& options);
 
 /// The members of structs in the order of the encoding, found once.
 class MemberLists
@@ -65,7 +65,7 @@ Datum defaultOf(const Type& type);
 Datum defaultOf(const Member& member);
 
 /// A discriminator as a value of its type, and back.
-Datum discriminatorDatum(const Type& type, std::uint64_t bits);
+Datum discriminatorDatum(const Type& declared, std::uint64_t bits);
 std::uint64_t discriminatorBits(const Datum& value);
 
 // --- What is wrong with a value; nothing where it is one of the type ------------------------------------

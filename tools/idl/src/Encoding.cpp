@@ -41,22 +41,23 @@ std::uint32_t widthOf(const Type& type)
     }
 }
 
-bool delimitsListOf(const Type& declared, bool delimitsEnumerations)
+bool delimitsListOf(const Type& element, bool delimitsEnumerations)
 {
-    const Type& element = resolved(declared);
-    if (element.kind == TypeKind::Enum || element.kind == TypeKind::Bitmask) {
+    const Type& known = resolved(element);
+    if (known.kind == TypeKind::Enum || known.kind == TypeKind::Bitmask) {
         return delimitsEnumerations;
     }
-    return widthOf(element) == 0;
+    return widthOf(known) == 0;
 }
 
 bool isListOfEnumerations(const Type& type)
 {
-    const auto* const array = as<ArrayType>(type);
-    const auto* const sequence = as<SequenceType>(type);
-    const Type* const element = array != nullptr      ? ArrayShape(*array).element
-                                : sequence != nullptr ? &resolved(*sequence->element)
-                                                      : nullptr;
+    const Type* element = nullptr;
+    if (const auto* const array = as<ArrayType>(type)) {
+        element = ArrayShape(*array).element;
+    } else if (const auto* const sequence = as<SequenceType>(type)) {
+        element = &resolved(*sequence->element);
+    }
     return element != nullptr && (element->kind == TypeKind::Enum || element->kind == TypeKind::Bitmask);
 }
 
