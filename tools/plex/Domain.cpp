@@ -5,9 +5,12 @@
 #include "Interrupt.hpp"
 #include "Words.hpp"
 
+#include <plex/fastdds/Transports.hpp>
+
 #include <fastdds/dds/log/Log.hpp>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 #include <platform/plex-dds/src/SharedMemory.hpp>
 #include <src/engine/Compatibility.hpp>
@@ -28,6 +31,28 @@ constexpr auto quietTime = 500ms;
 constexpr auto quietTimeOfEach = 10ms; // further, for a participant: many take their turns to answer
 constexpr auto longestSettling = 3000ms;
 
+constexpr std::uint32_t queueLength = 8192;             // packets
+constexpr std::uint32_t segmentSize = 2U * 1024 * 1024; // bytes
+
+/// Lets more packets wait in shared memory than by default: a best-effort reader loses what finds no room
+/// there. The environment has the last word on built-in transports.
+void lengthenQueues(dds::DomainParticipantQos& qos)
+{
+    const bool mayBeChosen =
+        !fastdds::transportsOfEnvironment().empty() ||
+        std::getenv("FASTDDS_ENVIRONMENT_FILE") != nullptr; // NOLINT(concurrency-mt-unsafe)
+    if (qos.transport().use_builtin_transports && !mayBeChosen) {
+        qos.setup_transports(eprosima::fastdds::rtps::BuiltinTransports::DEFAULT);
+    }
+    for (const auto& transport : qos.transport().user_transports) {
+        using SharedMemory = eprosima::fastdds::rtps::SharedMemTransportDescriptor;
+        if (auto* const memory = dynamic_cast<SharedMemory*>(transport.get())) {
+            memory->port_queue_capacity(std::max(memory->port_queue_capacity(), queueLength));
+            memory->segment_size(std::max(memory->segment_size(), segmentSize));
+        }
+    }
+}
+
 dds::DomainParticipantQos qosOf(dds::DomainParticipantFactory& factory, const std::string& name)
 {
     factory.load_profiles(); // those that the environment names: the default QoS may be among them
@@ -36,6 +61,7 @@ dds::DomainParticipantQos qosOf(dds::DomainParticipantFactory& factory, const st
     qos.name(name.c_str());
     // Others answer an announcement at once; some answers come before there is anybody who listens.
     qos.wire_protocol().builtin.discovery_config.initial_announcements.count = 10;
+    lengthenQueues(qos);
     sendNoLeftovers(qos);
     return qos;
 }
