@@ -239,6 +239,60 @@ Action addManual(CLI::App& app)
     };
 }
 
+Action addRecord(CLI::App& app)
+{
+    const auto options = std::make_shared<RecordOptions>();
+    app.add_option("TOPIC", options->topics, "The names of topics; none: all, also those that appear later");
+    app.add_option("-o,--output", options->file, "The file, of the format MCAP")
+        ->type_name("FILE")
+        ->required();
+    app.add_flag("--force", options->force, "Replace the file if it is there");
+    addCommon(app, *options);
+    app.add_option("--compression", options->compression, "Of the file: zstd, lz4 or none")
+        ->check(CLI::IsMember({"zstd", "lz4", "none"}))
+        ->type_name("WORD")
+        ->capture_default_str();
+    app.add_option("--duration", options->duration, "End after so many seconds")
+        ->check(CLI::PositiveNumber)
+        ->type_name("SECONDS");
+    app.add_option("-n,--count", options->count, "End after so many values")
+        ->check(CLI::PositiveNumber)
+        ->type_name("NUMBER");
+    addTypes(app, options->types);
+    app.remove_option(app.get_option("--type")); // there are many topics
+    return [options] {
+        return record(*options);
+    };
+}
+
+Action addReplay(CLI::App& app)
+{
+    const auto options = std::make_shared<ReplayOptions>();
+    app.add_option("FILE", options->file, "A recording")->required();
+    addCommon(app, *options);
+    app.add_option("--speed", options->speed,
+                   "So many times as fast as it was recorded; 0: without waiting between values")
+        ->check(CLI::Range(0.0, 1e6))
+        ->type_name("NUMBER")
+        ->capture_default_str();
+    app.add_flag("--loop", options->loop, "Begin again after the last value, until interrupted");
+    app.add_option("--topics", options->topics, "Only these, separated by commas")
+        ->delimiter(',')
+        ->type_name("TOPIC");
+    app.add_option("--rename", options->renamings, "Publish a topic under another name")
+        ->type_name("OLD=NEW")
+        ->allow_extra_args(false);
+    app.add_option("--wait", options->wait, "Wait so many seconds for readers; 0: not at all")
+        ->check(CLI::NonNegativeNumber)
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    addTypes(app, options->types);
+    app.remove_option(app.get_option("--type"));
+    return [options] {
+        return replay(*options);
+    };
+}
+
 constexpr std::array commands{
     Command{"list", "Show what is there: participants, topics, and who writes and reads them", addList},
     Command{"info", "Show which writers and readers of a topic are matched, and why others are not", addInfo},
@@ -252,6 +306,8 @@ constexpr std::array commands{
     Command{"completion", "Write a script that has a shell complete these commands", addCompletion},
     Command{"complete-topics", "Name the topics of a domain", addCompleteTopics, true},
     Command{"manual", "Write the man pages", addManual, true},
+    Command{"record", "Write values into a file, as they come", addRecord},
+    Command{"replay", "Publish again what was recorded", addReplay},
 };
 
 struct ExitCodeMeaning {

@@ -166,6 +166,12 @@ Scene Domain::sceneLocked() const
     return scene;
 }
 
+std::uint64_t Domain::changes() const
+{
+    const std::lock_guard lock(mutex_);
+    return changes_;
+}
+
 std::optional<fastdds::AnnouncedEndpoint> Domain::ownEndpoint(const fastdds::Guid& guid) const
 {
     const std::lock_guard lock(mutex_);

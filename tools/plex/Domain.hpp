@@ -58,6 +58,9 @@ public:
 
     Scene scene() const;
 
+    /// Grows with everything that is announced or goes.
+    std::uint64_t changes() const;
+
     /// What one of its own endpoints announces. @returns nothing: not yet.
     std::optional<fastdds::AnnouncedEndpoint> ownEndpoint(const fastdds::Guid& guid) const;
 

@@ -29,6 +29,7 @@ void installInterrupt()
     sigaction(SIGTERM, &action, nullptr);
     action.sa_handler = SIG_IGN; // a pipe without a reader is noticed as it is written to
     sigaction(SIGPIPE, &action, nullptr);
+    sigaction(SIGXFSZ, &action, nullptr); // as is a file that may not grow
 }
 
 bool isInterrupted()

@@ -156,9 +156,9 @@ RawReader::RawReader(Domain& domain, const std::string& topic, bool keepsBytes)
     auto writers = scene.writersOf(topic);
     const auto readers = scene.readersOf(topic);
     if (writers.empty() && readers.empty()) {
-        throw Failure(ExitCode::NotFound, "topic \"" + topic + "\" is gone");
+        throw Failure(ExitCode::NotFound, "topic \"" + topic + "\" has gone");
     }
-    const auto& model = writers.empty() ? readers.at(0) : writers.front();
+    const auto& model = writers.empty() ? readers.front() : writers.front();
     type_ = model.type;
     keyed_ = hasKey(model.guid);
     std::erase_if(writers, [&](const auto& writer) { return writer.type != type_; });
@@ -208,10 +208,16 @@ RawReaders::RawReaders(Domain& domain, const std::vector<std::string>& topics, b
         if (isInterrupted()) {
             return;
         }
-        readers_.push_back(std::make_unique<RawReader>(domain, topic, keepsBytes));
-        remarkOthers(topic, readers_.back()->type(), domain.scene().writersOf(topic));
-        waitSet_.attach_condition(readers_.back()->condition());
+        add(domain, topic, keepsBytes);
     }
+}
+
+RawReader& RawReaders::add(Domain& domain, const std::string& topic, bool keepsBytes)
+{
+    readers_.push_back(std::make_unique<RawReader>(domain, topic, keepsBytes));
+    remarkOthers(topic, readers_.back()->type(), domain.scene().writersOf(topic));
+    waitSet_.attach_condition(readers_.back()->condition());
+    return *readers_.back();
 }
 
 void RawReaders::wait()

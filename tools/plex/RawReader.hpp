@@ -77,6 +77,9 @@ public:
     /// @throws Failure where one of them is not there, and as RawReader.
     RawReaders(Domain& domain, const std::vector<std::string>& topics, bool keepsBytes);
 
+    /// Adds a reader of a topic, of which something is known. @throws Failure as RawReader.
+    RawReader& add(Domain& domain, const std::string& topic, bool keepsBytes);
+
     /// Waits until there is something to take, or nothing for longestWait.
     void wait();
 

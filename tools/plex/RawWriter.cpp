@@ -18,10 +18,12 @@ namespace
 {
 
 constexpr std::int32_t keptForLatecomers = 100;
+constexpr std::int32_t mostUnacknowledged =
+    400; // with more, reliable readers that fall behind never catch up
 
 /// A writer that offers what each of some readers asks for.
 dds::DataWriterQos writerQos(const std::vector<fastdds::AnnouncedEndpoint>& readers,
-                             fastdds::DataRepresentationId representation)
+                             const RawWriter::Type& type)
 {
     dds::DataWriterQos qos;
     qos.reliability().kind = dds::RELIABLE_RELIABILITY_QOS;
@@ -30,10 +32,17 @@ dds::DataWriterQos writerQos(const std::vector<fastdds::AnnouncedEndpoint>& read
     qos.resource_limits().max_samples = 0; // as many as the instances need
     qos.resource_limits().max_instances = 0;
     qos.resource_limits().max_samples_per_instance = keptForLatecomers;
+    if (type.waitsForReaders) {
+        qos.history().kind = dds::KEEP_ALL_HISTORY_QOS;
+        if (!type.keyed) { // else there is a limit for each instance
+            qos.resource_limits().max_samples = mostUnacknowledged;
+        }
+        qos.resource_limits().max_samples_per_instance = mostUnacknowledged;
+    }
     qos.endpoint().history_memory_policy = fastdds::HistoryMemory::DYNAMIC_REUSABLE_MEMORY_MODE;
     qos.data_sharing().off();
     fastdds::heartbeatPeriodOf(qos) = fastdds::Duration_t(0, 100'000'000); // the first value may wait for one
-    fastdds::offer(qos, representation, false);
+    fastdds::offer(qos, type.representation, false);
     qos.durability().kind = dds::VOLATILE_DURABILITY_QOS;
     for (const auto& reader : readers) {
         qos.durability().kind =
@@ -50,6 +59,17 @@ dds::DataWriterQos writerQos(const std::vector<fastdds::AnnouncedEndpoint>& read
         }
     }
     return qos;
+}
+
+/// The participant's topic. @returns null when DDS refuses, also where it has one of that name and another
+/// type.
+dds::Topic* topicOf(dds::DomainParticipant& participant, const std::string& name, const std::string& type)
+{
+    auto* const known = dynamic_cast<dds::Topic*>(participant.lookup_topicdescription(name));
+    if (known != nullptr) {
+        return known->get_type_name() == type ? known : nullptr;
+    }
+    return participant.create_topic(name, type, dds::TOPIC_QOS_DEFAULT);
 }
 
 dds::PublisherQos publisherQos(const std::vector<fastdds::AnnouncedEndpoint>& readers)
@@ -71,11 +91,11 @@ RawWriter::RawWriter(Domain& domain, const std::string& topic, const Type& type,
 {
     auto& participant = domain.participant();
     dds::TypeSupport(new RawType(type.name, type.keyed, true)).register_type(&participant);
-    auto* const made = participant.create_topic(topic, type.name, dds::TOPIC_QOS_DEFAULT);
+    auto* const made = topicOf(participant, topic, type.name);
     auto* const publisher = participant.create_publisher(publisherQos(readers));
     writer_ = made == nullptr || publisher == nullptr
                   ? nullptr
-                  : publisher->create_datawriter(made, writerQos(readers, type.representation));
+                  : publisher->create_datawriter(made, writerQos(readers, type));
     if (writer_ == nullptr) {
         throw Failure(ExitCode::Failed, "DDS makes no writer for topic \"" + topic + "\"");
     }
@@ -94,11 +114,20 @@ std::vector<ps::Refusal> RawWriter::refusalsOf(const fastdds::AnnouncedEndpoint&
     return own ? ps::internal::refusalsBetween(*own, reader) : std::vector<ps::Refusal>();
 }
 
-void RawWriter::write(const RawSample& sample)
+bool RawWriter::tryToWrite(const RawSample& sample)
 {
     const auto code = fastdds::code(writer_->write(fastdds::asSample(&sample), fastdds::InstanceHandle_t()));
-    if (code != fastdds::RETCODE_OK) {
+    if (code != fastdds::RETCODE_OK && code != fastdds::RETCODE_TIMEOUT) {
         throw Failure(ExitCode::Failed, "DDS does not take the value, code " + std::to_string(code));
+    }
+    return code == fastdds::RETCODE_OK;
+}
+
+void RawWriter::write(const RawSample& sample)
+{
+    if (!tryToWrite(sample)) {
+        throw Failure(ExitCode::Failed,
+                      "DDS does not take the value, code " + std::to_string(fastdds::RETCODE_TIMEOUT));
     }
 }
 

@@ -26,6 +26,7 @@ public:
         std::string name; ///< in DDS
         bool keyed;
         fastdds::DataRepresentationId representation;
+        bool waitsForReaders = false; ///< rather than to lose values that reliable readers do not have yet
     };
 
     /// @param readers those that are to be suited.
@@ -38,6 +39,10 @@ public:
 
     /// What keeps it and a reader apart.
     std::vector<ps::Refusal> refusalsOf(const fastdds::AnnouncedEndpoint& reader) const;
+
+    /// @returns false: reliable readers still lack too many values. @throws Failure when the value is not
+    /// taken.
+    bool tryToWrite(const RawSample& sample);
 
     /// @throws Failure when the value is not taken.
     void write(const RawSample& sample);

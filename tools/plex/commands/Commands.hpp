@@ -89,4 +89,30 @@ struct PubOptions : CommonOptions {
 
 ExitCode pub(const PubOptions& options);
 
+/// Writes values into a file, as they come.
+struct RecordOptions : CommonOptions {
+    std::vector<std::string> topics; ///< empty: all, also those that come later
+    std::string file;
+    bool force = false; ///< whether the file may be there already
+    TypeOptions types;
+    std::string compression = "zstd"; ///< "lz4", "none"
+    double duration = 0.0;            ///< seconds; 0: no end
+    std::uint64_t count = 0;          ///< 0: no end
+};
+
+ExitCode record(const RecordOptions& options);
+
+/// Publishes again what was recorded.
+struct ReplayOptions : CommonOptions {
+    std::string file;
+    TypeOptions types;
+    double speed = 1.0; ///< 2: in half the time; 0: without waiting between values
+    bool loop = false;
+    std::vector<std::string> topics;    ///< as they were recorded; empty: all
+    std::vector<std::string> renamings; ///< "OLD=NEW"
+    double wait = 5.0;                  ///< seconds for readers to match; 0: not at all
+};
+
+ExitCode replay(const ReplayOptions& options);
+
 } // namespace ovra::plex::tool
