@@ -21,6 +21,7 @@ import signal
 import socket
 import subprocess
 import sys
+import tempfile
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent / "network"))
 
@@ -41,7 +42,8 @@ def check(holds, complaint):
 
 
 class Scene(contextlib.ExitStack):
-    """Programs that run while a session is recorded, on one of two hosts. They end with the namespaces."""
+    """Programs that run while a session is recorded, on one of two hosts, in a directory that goes with them. They end
+    with the namespaces."""
 
     def __init__(self):
         super().__init__()
@@ -51,6 +53,7 @@ class Scene(contextlib.ExitStack):
         with contextlib.suppress(OSError):  # not all kernels let it
             pathlib.Path("/proc/sys/kernel/ns_last_pid").write_text("4710", encoding="ascii")
         self.network = hosts.Network()
+        self.enter_context(contextlib.chdir(self.enter_context(tempfile.TemporaryDirectory())))
 
     def bare(self, *arguments):
         process = self.enter_context(Process(PROGRAMS / "tools-bare", arguments[0], 0, *arguments[1:],
@@ -84,9 +87,24 @@ class Scene(contextlib.ExitStack):
         self.bare("write", "dome/temperature", "best-effort").say("publish 500 5")
         self.bare("read", "dome/temperature")
 
+    def moving(self):
+        self.bare("write", POSITION).say("publish 20000 40")
+
+    def recorded(self):
+        """Two recordings, one of which is none, and a program that listens to what the first is replayed as."""
+        with Process(PROGRAMS / "tools-bare", "write", 0, POSITION, last=signal.SIGKILL) as writer:
+            writer.line()
+            writer.say("publish 20000 100")
+            subprocess.run([PLEX, "record", POSITION, "-o", "night.mcap", "-n", "187"], check=True, timeout=PATIENCE,
+                           capture_output=True)
+        pathlib.Path("night.bag").write_text("another format\n", encoding="ascii")
+        self.bare("read", "simulator/position")
+        self.enter_context(Process(PLEX, "replay", "night.mcap", "--loop", "--rename",
+                                   f"{POSITION}=simulator/position"))
+
 
 SCENES = {"list": Scene.shutters, "info": Scene.refused, "echo": Scene.shutters, "hz, bw and delay": Scene.shutters,
-          "pub": Scene.subscriber, "top": Scene.busy, "doctor": Scene.ill}
+          "pub": Scene.subscriber, "record": Scene.moving, "replay": Scene.recorded, "top": Scene.busy, "doctor": Scene.ill}
 
 
 def screen():
