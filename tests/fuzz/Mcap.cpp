@@ -22,15 +22,17 @@ using namespace ovra::plex::mcap;
 class MemoryFile
 {
 public:
-    explicit MemoryFile(std::span<const std::uint8_t> content) : descriptor_(memfd_create("fuzz", MFD_CLOEXEC))
+    explicit MemoryFile(std::span<const std::uint8_t> content)
+        : descriptor_(memfd_create("fuzz", MFD_CLOEXEC))
     {
-        check(descriptor_ >= 0 && write(descriptor_, content.data(), content.size()) ==
-                                      static_cast<ssize_t>(content.size()),
+        check(descriptor_ >= 0 &&
+                  write(descriptor_, content.data(), content.size()) == static_cast<ssize_t>(content.size()),
               "there is room for the input");
     }
 
     MemoryFile(const MemoryFile&) = delete;
     MemoryFile& operator=(const MemoryFile&) = delete;
+
     ~MemoryFile() { close(descriptor_); }
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
@@ -47,7 +49,8 @@ std::uint64_t readAll(Reader& reader)
     std::uint64_t bytes = 0;
     while (const auto message = reader.next()) {
         check(reader.channels().contains(message->channel), "each message has a channel");
-        bytes += message->data.empty() ? 0U : message->data.front() + message->data.back(); // they can be read
+        bytes +=
+            message->data.empty() ? 0U : message->data.front() + message->data.back(); // they can be read
         check(count == 0 || message->logTime >= last || !reader.cutAt(), "where all was read, times go up");
         last = message->logTime;
         ++count;
@@ -58,7 +61,8 @@ std::uint64_t readAll(Reader& reader)
 
 } // namespace
 
-/// Whatever a file says, there are messages or a complaint that names a place in it; the second time as at first.
+/// Whatever a file says, there are messages or a complaint that names a place in it; the second time as at
+/// first.
 void run(std::span<const std::uint8_t> input)
 {
     const MemoryFile file(input);

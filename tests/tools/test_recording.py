@@ -68,6 +68,19 @@ def numbers(messages):
 class Record(RecordingTest):
     domain = 97
 
+    def test_both_commands_have_help_and_refuse_what_makes_no_sense(self):
+        for command in ("record", "replay"):
+            self.assertIn(command, run("--help")[0])
+            output, errors, code = run(command, "--help")
+            self.assertEqual((errors, code), ("", 0))
+            self.assertIn("--domain", output)
+            self.assertIn("--json", output)
+        for arguments in (["record"], ["record", "-o", "f", "--compression", "zip"], ["record", "-o", "f", "-n", "0"],
+                          ["record", "-o", "f", "--duration", "-1"], ["replay"], ["replay", "f", "--speed", "-1"]):
+            _, errors, code = run(*arguments)
+            self.assertEqual(code, 2, arguments)
+            self.assertNotEqual(errors, "")
+
     def test_values_come_with_times_numbers_and_what_they_are(self):
         before = time.time_ns()
         topic, said = self.recorded(200)

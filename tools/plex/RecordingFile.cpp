@@ -12,7 +12,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t mostWaiting = 256U << 20U; ///< bytes: two or three seconds of a fast recording
+constexpr std::size_t mostWaiting = 128U << 20U; ///< bytes, while as many are written
 constexpr std::size_t valueSize = sizeof(RecordedValue) + sizeof(std::size_t);
 constexpr auto longestInMemory = std::chrono::milliseconds(500);
 

@@ -183,6 +183,10 @@ public:
                 changes = domain_.changes();
                 addTopics();
             }
+            if (!isSettled_ && elapsed() >= settlingTime) {
+                domain_.settle(); // has nothing to wait for any more, and lets the second participant go
+                isSettled_ = true;
+            }
             readers_.wait();
             for (auto& topic : topics_) {
                 values_ += topic.take(options_.count == 0 ? UINT64_MAX : options_.count - values_);
@@ -300,12 +304,15 @@ private:
         return json;
     }
 
+    static constexpr double settlingTime = 3.0; // seconds
+
     const RecordOptions& options_;
     Domain& domain_;
     RawReaders readers_;
     RecordingFile file_;
     std::list<TopicRecorder> topics_;
     std::set<std::string> seen_; ///< topics that were added, or can not be
+    bool isSettled_ = false;
     std::size_t channels_ = 0;
     std::uint64_t values_ = 0;
     const Clock::time_point begin_ = Clock::now();

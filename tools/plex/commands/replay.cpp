@@ -13,6 +13,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <thread>
 #include <tuple>
@@ -198,21 +199,12 @@ public:
     void run()
     {
         begin_ = Clock::now();
+        std::uint64_t before = 0;
         do {
-            const auto begin = Clock::now();
-            while (!isInterrupted()) {
-                const auto message = recording_.next();
-                if (!message) {
-                    break;
-                }
-                const auto channel = channels_.find(message->channel);
-                if (channel != channels_.end()) {
-                    pace(begin, message->logTime);
-                    publish(channel->second, *message);
-                }
-            }
+            before = published_;
+            publishAll();
             recording_.rewind();
-        } while (options_.loop && !isInterrupted());
+        } while (options_.loop && published_ > before && !isInterrupted());
         for (const auto& [key, publisher] : publishers_) {
             isAcknowledged_ &= waitFor(5.0, [&] { return publisher->waitForAcknowledgments(); });
         }
@@ -302,14 +294,32 @@ private:
         return true;
     }
 
-    /// Waits until it is time for a message.
-    void pace(Clock::time_point begin, std::uint64_t logTime)
+    void publishAll()
     {
-        const auto offset = logTime - recording_.statistics().begin;
+        const auto begin = Clock::now();
+        std::optional<std::uint64_t> first;
+        while (!isInterrupted()) {
+            const auto message = recording_.next();
+            if (!message) {
+                return;
+            }
+            const auto channel = channels_.find(message->channel);
+            if (channel != channels_.end()) {
+                first = std::min(first.value_or(message->logTime), message->logTime);
+                pace(begin, message->logTime - *first);
+                publish(channel->second, *message);
+            }
+        }
+    }
+
+    /// Waits until it is time for a message. @param offset from the first one, in nanoseconds.
+    void pace(Clock::time_point begin, std::uint64_t offset)
+    {
+        constexpr double longest = 1e17; // three years, which a clock can count
         if (options_.speed > 0.0) {
-            const auto due =
-                begin + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double, std::nano>(
-                            static_cast<double>(offset) / options_.speed));
+            const std::chrono::duration<double, std::nano> span(
+                std::min(static_cast<double>(offset) / options_.speed, longest));
+            const auto due = begin + std::chrono::duration_cast<Clock::duration>(span);
             while (!isInterrupted() && Clock::now() < due) {
                 showProgress(offset);
                 std::this_thread::sleep_until(std::min(due, Clock::now() + longestWait));
