@@ -94,7 +94,7 @@ class Top(PlexTest):
         writer = self.bare("write", topic)
         self.bare("read", topic)
         top = self.top()
-        writer.say("publish 2000 200")  # for 10 s
+        writer.say("publish 3000 200")  # for 15 s
 
         def figures(lines):
             rows = [re.split(r"\s+", line.strip()) for line in lines if line.startswith(topic)]
@@ -104,8 +104,17 @@ class Top(PlexTest):
         self.assertEqual(row[3:7], ["kB", "1", "1", "0"])
         self.assertAlmostEqual(float(row[2]) * 1000 / 20, float(row[1]), delta=1)  # so many bytes has a value
         top.press("\r")
-        first = int(top.wait_for(lambda lines: re.search(r"alt=(\d+)\.0 az=-0\.5", "\n".join(lines)))[1])
-        top.wait_for(lambda lines: any(f"alt={first + 50}.0 az=-0.5" in line for line in lines))  # it goes on
+
+        def values(lines):
+            return [int(value) for value in re.findall(r"^alt=(\d+)\.0 az=-0\.5", "\n".join(lines), re.MULTILINE)]
+
+        first = top.wait_for(values)[0]
+
+        def goes_on(lines):
+            shown = values(lines)
+            return len(shown) > 10 and shown[0] > first + 20 and shown == list(range(shown[0], shown[-1] + 1))
+
+        top.wait_for(goes_on)
         top.press("\033")
         top.wait_for(lambda lines: any(line.startswith("TOPIC") for line in lines))
         top.press("q")
