@@ -12,7 +12,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t mostWaiting = 128U << 20U; ///< bytes, while as many are written
+constexpr std::size_t mostBytesWaiting = 128U << 20U; ///< bytes, while as many are written
 constexpr std::size_t valueSize = sizeof(RecordedValue) + sizeof(std::size_t);
 constexpr auto longestInMemory = std::chrono::milliseconds(500);
 
@@ -42,7 +42,7 @@ bool RecordingFile::add(const RecordedValue& value, std::span<const std::uint8_t
     {
         const std::lock_guard lock(mutex_);
         const auto taken = waiting_.payloads.size() + waiting_.values.size() * valueSize;
-        if (taken + payload.size() + valueSize > mostWaiting && !waiting_.values.empty()) {
+        if (taken + payload.size() + valueSize > mostBytesWaiting && !waiting_.values.empty()) {
             return false;
         }
         isFirst = waiting_.values.empty();
