@@ -9,9 +9,7 @@ namespace ovra::plex::mcap
 namespace
 {
 
-using testing::AnyOf;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 class McapReader : public McapTest
@@ -62,14 +60,14 @@ TEST_F(McapReader, PutsMessagesOfOverlappingChunksInOrder)
 
 TEST_F(McapReader, ReadsUpToWhereAFileWasCutOff)
 {
-    const auto written = recorded(Compression::Zstd, 50, 10);
+    const auto written = recorded(Compression::Zstd, 30, 10);
     const auto whole = content();
     std::size_t before = 0;
     for (std::size_t length = 1; length < whole.size(); ++length) {
         setContent(whole.substr(0, length));
         Reader reader(file());
         ASSERT_TRUE(reader.cutAt()) << length;
-        ASSERT_LE(*reader.cutAt(), length);
+        ASSERT_LE(reader.cutAt().value_or(0), length);
         const auto messages = messagesOf(reader);
         ASSERT_EQ(messages.size() % 10, 0U) << length; // whole chunks
         ASSERT_TRUE(std::ranges::equal(messages, std::span(written).first(messages.size()))) << length;
@@ -81,7 +79,7 @@ TEST_F(McapReader, ReadsUpToWhereAFileWasCutOff)
 
 TEST_F(McapReader, FindsOutWhateverByteIsSpoilt)
 {
-    const auto written = recorded(Compression::Lz4, 40, 10);
+    const auto written = recorded(Compression::Lz4, 20, 10);
     const auto whole = content();
     std::size_t noticed = 0;
     for (std::size_t i = 0; i < whole.size(); ++i) {

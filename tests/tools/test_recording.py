@@ -368,10 +368,8 @@ class Replay(RecordingTest):
         replayed = self.topic("replayed")
         replay = self.plex("replay", self.file, "--topics", topic, "--rename", f"{topic}={replayed}", "--loop",
                            "--wait", PATIENCE)
-        self.wait_for(lambda: f'"{replayed}"' in self.run_plex("list", "--json")[0])
-        echo = self.plex("echo", replayed, *types, "--key", "b", "--format", "{key} {.number}", "-n", 1)
-        output, errors, code = echo.end()
-        self.assertEqual((output, code), ("channel=b 1\n", 0), errors)
+        echo = ("echo", replayed, *types, "--key", "b", "--format", "{key} {.number}", "-n", 1)
+        self.wait_for(lambda: self.run_plex(*echo)[0] == "channel=b 1\n")  # once its topic is seen
         replay.interrupt()
 
     def test_what_can_not_be_replayed_is_refused(self):

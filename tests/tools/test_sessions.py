@@ -100,7 +100,7 @@ class Scene(contextlib.ExitStack):
         pathlib.Path("night.bag").write_text("another format\n", encoding="ascii")
         self.bare("read", "simulator/position")
         self.enter_context(Process(PLEX, "replay", "night.mcap", "--loop", "--rename",
-                                   f"{POSITION}=simulator/position"))
+                                   f"{POSITION}=simulator/position", last=signal.SIGKILL))
 
 
 SCENES = {"list": Scene.shutters, "info": Scene.refused, "echo": Scene.shutters, "hz, bw and delay": Scene.shutters,

@@ -205,8 +205,9 @@ public:
             publishAll();
             recording_.rewind();
         } while (options_.loop && published_ > before && !isInterrupted());
-        for (const auto& [key, publisher] : publishers_) {
-            isAcknowledged_ &= waitFor(5.0, [&] { return publisher->waitForAcknowledgments(); });
+        for (const auto& each : publishers_) {
+            Publisher& publisher = *each.second;
+            isAcknowledged_ &= waitFor(5.0, [&publisher] { return publisher.waitForAcknowledgments(); });
         }
         progress_.clear();
     }
@@ -342,7 +343,7 @@ private:
     {
         constexpr std::size_t header = 4;
         sample_.payload.assign(message.data.begin(), message.data.end());
-        if (sample_.payload.size() < header || (channel.what.keyed && !setKey(*channel.what.known))) {
+        if (sample_.payload.size() < header || (channel.what.known && !setKey(*channel.what.known))) {
             ++undecodable_;
             return;
         }
