@@ -88,6 +88,8 @@ Problem problemOf(const Scene& scene, const Pair& pair)
 {
     std::vector<std::string> reasons;
     std::vector<std::string> cures;
+    reasons.reserve(pair.refusals.size());
+    cures.reserve(pair.refusals.size());
     for (const auto& refusal : pair.refusals) {
         reasons.push_back(toString(refusal));
         cures.push_back(cureOf(refusal));

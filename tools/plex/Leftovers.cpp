@@ -122,7 +122,7 @@ std::vector<SharedFiles> sharedFilesIn(const std::string& directory)
     std::map<std::string, SharedFiles> groups;
     for (const auto& name : namesIn(directory)) {
         const std::string group = groupOf(name);
-        const std::string path = directory + "/" + name;
+        const std::string path = std::string(directory).append("/").append(name);
         struct stat status{};
         if (group.empty() || lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
             continue;

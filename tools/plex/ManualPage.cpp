@@ -18,7 +18,8 @@ std::string roff(std::string_view text)
 {
     std::string result = text.starts_with('.') || text.starts_with('\'') ? "\\&" : "";
     for (const char c : text) {
-        result += c == '\\' ? std::string("\\e") : c == '-' ? std::string("\\-") : std::string(1, c);
+        result += c == '\\' || c == '-' ? "\\" : "";
+        result += c == '\\' ? 'e' : c;
     }
     return result;
 }

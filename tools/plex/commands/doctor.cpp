@@ -198,6 +198,7 @@ void showMachine(const Report& report)
 {
     const auto& machine = report.machine;
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(machine.interfaces.size());
     for (const auto& interface : machine.interfaces) {
         rows.push_back({"  " + interface.name, inWords(interface)});
     }

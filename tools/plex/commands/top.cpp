@@ -124,6 +124,7 @@ public:
     std::vector<std::string> lines() const
     {
         std::vector<std::string> lines;
+        lines.reserve(payloads_.size());
         for (const auto& payload : payloads_) {
             lines.push_back(line(payload).substr(0, longestLine));
         }
@@ -189,14 +190,20 @@ public:
     /// @returns whether the key means something.
     bool obey(const ftxui::Event& event)
     {
+        if (event == ftxui::Event::Escape || event == ftxui::Event::Backspace) {
+            close();
+            return true;
+        }
+        return !state_.isOpen && obeyInTable(event);
+    }
+
+private:
+    bool obeyInTable(const ftxui::Event& event)
+    {
         static const std::map<std::string, TopOrder> orders{
             {"n", TopOrder::Name},    {"v", TopOrder::Rate},    {"b", TopOrder::Bytes},
             {"w", TopOrder::Writers}, {"r", TopOrder::Readers}, {"l", TopOrder::Lost}};
-        if (event == ftxui::Event::Escape || event == ftxui::Event::Backspace) {
-            close();
-        } else if (state_.isOpen) {
-            return false;
-        } else if (event == ftxui::Event::ArrowDown || event == ftxui::Event::ArrowUp) {
+        if (event == ftxui::Event::ArrowDown || event == ftxui::Event::ArrowUp) {
             moveSelection(state_, event == ftxui::Event::ArrowDown ? 1 : -1);
         } else if (event == ftxui::Event::Return) {
             open();
@@ -209,7 +216,6 @@ public:
         return true;
     }
 
-private:
     /// Goes by what is announced now.
     void refresh()
     {
