@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <thread>
 
 namespace ovra::plex::tool
 {
@@ -16,5 +17,19 @@ bool isInterrupted();
 
 /// So long does nothing wait without asking isInterrupted().
 inline constexpr std::chrono::milliseconds longestWait{20};
+
+/// Waits until a condition holds. @returns whether it does; not where the command is interrupted.
+template <class Condition>
+bool waitFor(double seconds, Condition condition)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (!condition()) {
+        if (isInterrupted() || std::chrono::steady_clock::now() >= end) {
+            return false;
+        }
+        std::this_thread::sleep_for(longestWait);
+    }
+    return true;
+}
 
 } // namespace ovra::plex::tool

@@ -89,20 +89,6 @@ fastdds::DataRepresentationId representationFor(const PubOptions& options,
                : readers.front().representations.front();
 }
 
-/// Waits until a condition holds. @returns whether it does; not where the command is interrupted.
-template <class Condition>
-bool waitFor(double seconds, Condition condition)
-{
-    const auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    while (!condition()) {
-        if (isInterrupted() || Clock::now() >= end) {
-            return false;
-        }
-        std::this_thread::sleep_for(longestWait);
-    }
-    return true;
-}
-
 class Pub
 {
 public:

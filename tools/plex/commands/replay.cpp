@@ -281,20 +281,6 @@ private:
         }
     }
 
-    /// Waits until a condition holds. @returns whether it does; not where the command is interrupted.
-    template <class Condition>
-    static bool waitFor(double seconds, Condition condition)
-    {
-        const auto end = Clock::now() + std::chrono::duration<double>(seconds);
-        while (!condition()) {
-            if (isInterrupted() || Clock::now() >= end) {
-                return false;
-            }
-            std::this_thread::sleep_for(longestWait);
-        }
-        return true;
-    }
-
     void publishAll()
     {
         const auto begin = Clock::now();
