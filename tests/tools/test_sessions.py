@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""The worked sessions of docs/tools.md: what they show is what the program says.
+"""The worked sessions of docs/tools.md: what they show is what the program says, and docs/tools.svg shows them.
 
     test_sessions.py [--write]   with the variables of test_plex.py, and PLEX_DOCUMENT, the document
 
 A session is a block of text whose first line begins with "$ plex". Its commands are carried out in the scene of
 its section, on a host of its own (../network/hosts.py), and what they say is compared, but for times and
-numbers. With --write the document gets what they say. Exits with 77 where this machine makes
+numbers. With --write the document and the drawing get what they say. Exits with 77 where this machine makes
 no namespaces.
 """
 
@@ -26,10 +26,12 @@ import tempfile
 sys.path.append(str(pathlib.Path(__file__).parent.parent / "network"))
 
 import hosts  # noqa: E402  pylint: disable=wrong-import-position
+from picture import picture  # noqa: E402  pylint: disable=wrong-import-position
 from test_plex import PATIENCE, PLEX, PROGRAMS, Process  # noqa: E402  pylint: disable=wrong-import-position
 from test_top import Terminal  # noqa: E402  pylint: disable=wrong-import-position
 
 DOCUMENT = pathlib.Path(os.environ["PLEX_DOCUMENT"])
+DRAWING = DOCUMENT.with_suffix(".svg")
 SKIPPED = 77
 CLONE_NEWUTS = 0x04000000
 BLOCK = re.compile(r"^```text\n(\$ plex.*?)^```$", re.MULTILINE | re.DOTALL)
@@ -177,6 +179,10 @@ def compare(text):
     return differences
 
 
+def drawing(text):
+    return picture([(section, match[1]) for section, match in sessions(text)])
+
+
 def renewed(text):
     pieces, end = [], 0
     for section, match in sessions(text):
@@ -193,8 +199,11 @@ def main(arguments):
     text = DOCUMENT.read_text(encoding="utf-8")
     check({section for section, _ in sessions(text)} == set(SCENES), "sections and scenes differ")
     if arguments == ["--write"]:
-        DOCUMENT.write_text(renewed(text), encoding="utf-8")
+        text = renewed(text)
+        DOCUMENT.write_text(text, encoding="utf-8")
+        DRAWING.write_text(drawing(text), encoding="utf-8")
         return 0
+    check(DRAWING.read_text(encoding="utf-8") == drawing(text), "the drawing shows other sessions: make it with --write")
     differences = compare(text)
     print("\n".join(differences))
     return 1 if differences else 0
