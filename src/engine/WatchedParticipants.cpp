@@ -3,6 +3,8 @@
 
 #include "StatusThread.hpp"
 
+#include <plex/fastdds/DiscoveryRelay.hpp>
+
 #include <map>
 #include <mutex>
 
@@ -20,6 +22,7 @@ struct Record {
     std::weak_ptr<dds::DomainParticipant> participant;
     std::shared_ptr<Discovery> discovery;
     std::weak_ptr<WatchedParticipant> watched;
+    bool isKept = false; ///< whether the participant keeps its discovery alive, which then stays its listener
 };
 
 struct Records {
@@ -51,7 +54,8 @@ public:
     {
         const std::lock_guard lock(records().mutex);
         const auto entry = records().byParticipant.find(participant_.get());
-        if (entry != records().byParticipant.end() && entry->second.watched.expired()) {
+        if (entry != records().byParticipant.end() && entry->second.watched.expired() &&
+            !entry->second.isKept) {
             participant_->set_listener(nullptr, dds::StatusMask::none());
         }
     }
@@ -62,6 +66,20 @@ private:
     const std::shared_ptr<Discovery> discovery_; ///< outlives the participant, whose listener it is
     const ParticipantPointer participant_;
 };
+
+/// Has a participant report what it discovers, from its creation on if it was made for that; the listener of
+/// somebody else stays.
+void attach(dds::DomainParticipant& participant, Record& record)
+{
+    auto* const relay = fastdds::DiscoveryRelay::of(participant);
+    if (relay != nullptr) {
+        relay->handOver(record.discovery);
+        record.isKept = true;
+    }
+    if (relay != nullptr || participant.get_listener() == nullptr) {
+        participant.set_listener(record.discovery.get(), Discovery::reportedStatuses());
+    }
+}
 
 } // namespace
 
@@ -78,9 +96,7 @@ ParticipantPointer watched(ParticipantPointer participant)
             record.participant = participant;
             record.discovery = std::make_shared<Discovery>(participant->guid());
         }
-        if (participant->get_listener() == nullptr) { // somebody else's stays
-            participant->set_listener(record.discovery.get(), Discovery::reportedStatuses());
-        }
+        attach(*participant, record);
         auto* const raw = participant.get();
         known = std::make_shared<WatchedParticipant>(std::move(participant), record.discovery);
         record.watched = known;

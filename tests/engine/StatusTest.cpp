@@ -10,6 +10,27 @@
 namespace plex::test
 {
 
+namespace
+{
+
+/// Waits until the participant of a test has discovered a writer of the topic, by means of DDS alone.
+void discoverWriter(dds::DomainParticipant& participant, const Uri& uri)
+{
+    const auto type = PlainPeer::altAz();
+    type.register_type(&participant);
+    auto* const topic = participant.create_topic(ovra::plex::DdsUriHelper::topic(uri, true),
+                                                 type.get_type_name(), dds::TopicQos());
+    auto* const reader = participant.create_subscriber({})->create_datareader(topic, {});
+    EXPECT_TRUE(waitFor([&] {
+        dds::SubscriptionMatchedStatus status;
+        reader->get_subscription_matched_status(status);
+        return status.total_count > 0;
+    }));
+    participant.delete_contained_entities();
+}
+
+} // namespace
+
 TEST_F(StatusTest, NamesTheEntityAndItsPeerInTheSameParticipant)
 {
     const auto publisher = EntityTest::publisher();
@@ -41,6 +62,31 @@ TEST_F(StatusTest, NamesThePeerInAnotherParticipant)
     EXPECT_EQ(status.matched[0].distance, ps::Distance::SameProcess);
     EXPECT_EQ(status.matched[0].process, std::to_string(getpid()));
     EXPECT_FALSE(status.matched[0].host.empty());
+}
+
+TEST_F(StatusTest, NamesAPeerThatWasDiscoveredBeforeTheFirstEntity)
+{
+    const auto shared = participant();
+    PlainPeer peer(uri, "telescope");
+    peer.write({});
+    discoverWriter(*shared, uri);
+    const auto subscriber = EntityTest::subscriber();
+    const auto status = statusOnce(*subscriber, matchesOne);
+    EXPECT_EQ(status.matched[0].participant, "telescope");
+    EXPECT_EQ(status.matched[0].type, "generated::dds_::vexstubif::AltAz");
+}
+
+TEST_F(StatusTest, NamesAPeerThatWasDiscoveredWhileThereWasNoEntity)
+{
+    const auto shared = participant();
+    EntityTest::subscriber()->close();
+    PlainPeer peer(uri, "telescope");
+    peer.write({});
+    discoverWriter(*shared, uri);
+    const auto subscriber = EntityTest::subscriber();
+    const auto status = statusOnce(*subscriber, matchesOne);
+    EXPECT_EQ(status.matched[0].participant, "telescope");
+    EXPECT_EQ(status.matched[0].type, "generated::dds_::vexstubif::AltAz");
 }
 
 TEST_F(StatusTest, TellsOfAMostRecentValueSubscriberToo)

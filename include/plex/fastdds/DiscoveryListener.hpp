@@ -69,7 +69,7 @@ inline constexpr bool tellsVersions = PLEX_FASTDDS_GENERATION >= 3;
 /// Threads: DDS calls it from several, with locks held: an override must neither call DDS nor wait.
 class DiscoveryListener : public eprosima::fastdds::dds::DomainParticipantListener
 {
-protected:
+public:
     virtual void announced(const AnnouncedParticipant& participant) = 0;
     virtual void gone(const GuidPrefix& participant) = 0;
     virtual void announced(const AnnouncedEndpoint& endpoint) = 0;

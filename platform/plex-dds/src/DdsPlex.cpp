@@ -10,6 +10,7 @@
 #include <plex/dds/DdsPlex.hpp>
 #include <plex/dds/DdsUriHelper.hpp>
 #include <plex/dds/ProfileName.hpp>
+#include <plex/fastdds/DiscoveryRelay.hpp>
 #include <plex/fastdds/Generation.hpp>
 
 #include <boost/algorithm/string/replace.hpp>
@@ -54,11 +55,13 @@ LibrarySymbol factorySymbol(const std::string& kind, const std::type_info& value
             "generated_dds_" + kind + "_" + module + "_" + name.substr(separator + 2)};
 }
 
-/// Deletes a participant through the factory, which it keeps alive; what was left in it is deleted too, but
-/// not without a word.
+/// Deletes a participant through the factory, which it keeps alive as well as the listener; what was left in
+/// it is deleted too, but not without a word.
 class ParticipantDeleter
 {
 public:
+    fastdds::DiscoveryRelay* listener() const { return listener_.get(); }
+
     void operator()(dds::DomainParticipant* participant) const noexcept
     {
         auto code = fastdds::code(factory_->delete_participant(participant));
@@ -69,6 +72,7 @@ public:
             code = fastdds::code(factory_->delete_participant(participant));
         }
         if (code != fastdds::RETCODE_OK) {
+            participant->set_listener(nullptr, dds::StatusMask::none()); // which goes all the same
             LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("plexDdsPlex"),
                             "Failed to delete participant code:" << code);
         }
@@ -77,6 +81,7 @@ public:
 private:
     std::shared_ptr<dds::DomainParticipantFactory> factory_ =
         dds::DomainParticipantFactory::get_shared_instance();
+    std::shared_ptr<fastdds::DiscoveryRelay> listener_ = std::make_shared<fastdds::DiscoveryRelay>();
 };
 
 /// What a participant is made of.
@@ -97,7 +102,7 @@ bool looksAtHost(const Plex::Properties& properties)
 }
 
 /// @returns nullptr when Fast DDS has no such profile or refuses to make the participant.
-dds::DomainParticipant* newParticipant(const ParticipantWish& wish)
+dds::DomainParticipant* newParticipant(const ParticipantWish& wish, fastdds::DiscoveryRelay* listener)
 {
     const auto& [domain, profile, looks] = wish;
     auto* const factory = dds::DomainParticipantFactory::get_instance();
@@ -112,7 +117,7 @@ dds::DomainParticipant* newParticipant(const ParticipantWish& wish)
     if (looks) {
         startup::checkOnce(domain, qos);
     }
-    return factory->create_participant(domain, qos);
+    return factory->create_participant(domain, qos, listener, dds::StatusMask::none());
 }
 
 /// What to say behind the name of a profile of which no participant could be made.
@@ -124,7 +129,7 @@ std::string hintAt(const std::string& profile)
 std::shared_ptr<dds::DomainParticipant> createParticipant(const ParticipantWish& wish)
 {
     ParticipantDeleter deleter;
-    auto* const participant = newParticipant(wish);
+    auto* const participant = newParticipant(wish, deleter.listener());
     if (participant == nullptr) {
         const auto& profile = wish.profile;
         const std::string message = "Failed to create participant for domain " + std::to_string(wish.domain) +
