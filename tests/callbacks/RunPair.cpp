@@ -86,7 +86,7 @@ std::vector<std::string> complaintsOf(const Pair& pair, Watchdog& watchdog)
         expectNoWarning(stage, log);
         complaints = stage.complaints;
     }
-    if (!waitFor([&] { return processResources() == before; }, 5s)) {
+    if (!waitFor([&] { return processResources().isWithin(before); }, 5s)) {
         std::ostringstream text;
         text << "left behind: " << processResources() << " instead of " << before;
         complaints.push_back(text.str());

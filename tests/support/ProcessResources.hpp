@@ -17,6 +17,13 @@ struct ProcessResources {
     std::size_t threads;
     std::size_t fileDescriptors;
 
+    /// Whether none is held that was not before. Less may be: a thread that has been joined is seen a moment
+    /// longer.
+    bool isWithin(const ProcessResources& before) const
+    {
+        return threads <= before.threads && fileDescriptors <= before.fileDescriptors;
+    }
+
     friend bool operator==(const ProcessResources&, const ProcessResources&) = default;
 
     friend std::ostream& operator<<(std::ostream& out, const ProcessResources& held)
