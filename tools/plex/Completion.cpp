@@ -195,8 +195,9 @@ std::string zshSpecification(const OptionText& option)
     std::string text;
     for (const auto& name : option.names) {
         const std::string exclusive = option.isRepeated ? "*" : "(" + joined(option.names, " ") + ")";
-        text += " " +
-                quoted(exclusive + name + description + (option.argument.empty() ? "" : zshArgument(option)));
+        const std::string argument = option.argument.empty() ? "" : zshArgument(option);
+        text.append(" ").append(
+            quoted(std::string(exclusive).append(name).append(description).append(argument)));
     }
     return text;
 }

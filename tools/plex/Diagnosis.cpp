@@ -118,6 +118,7 @@ std::vector<Implementation> implementationsOf(const Scene& scene)
         }
     }
     std::vector<Implementation> result;
+    result.reserve(found.size());
     for (auto& [name, implementation] : found) {
         result.push_back(std::move(implementation));
     }

@@ -94,7 +94,8 @@ std::vector<std::string> drawn(const Histogram& nanoseconds)
 {
     constexpr double longestBar = 40.0;
     std::vector<double> bounds;
-    for (double power = 1e3; power < 1e12; power *= 10) { // from microseconds on
+    for (int exponent = 3; exponent < 12; ++exponent) { // from microseconds to minutes
+        const double power = std::pow(10.0, exponent);
         bounds.insert(bounds.end(), {power, 2 * power, 5 * power});
     }
     const auto counts = nanoseconds.countsUpTo(bounds);

@@ -18,7 +18,9 @@ std::string roff(std::string_view text)
 {
     std::string result = text.starts_with('.') || text.starts_with('\'') ? "\\&" : "";
     for (const char c : text) {
-        result += c == '\\' || c == '-' ? "\\" : "";
+        if (c == '\\' || c == '-') {
+            result += '\\';
+        }
         result += c == '\\' ? 'e' : c;
     }
     return result;

@@ -139,8 +139,8 @@ const ps::TypeDescription* describe(const Candidate& candidate)
 {
     void* const library = dlopen(candidate.library.c_str(), RTLD_LAZY | RTLD_LOCAL);
     if (library == nullptr) {
-        remark("cannot look for types in " + candidate.library.string() + ": " +
-               dlerror()); // NOLINT(concurrency-mt-unsafe)
+        const char* const fault = dlerror(); // NOLINT(concurrency-mt-unsafe): of this thread, by POSIX
+        remark("cannot look for types in " + candidate.library.string() + ": " + fault);
         return nullptr;
     }
     using Describe = const ps::TypeDescription* (*)();
@@ -153,8 +153,9 @@ const ps::TypeDescription* describe(const Candidate& candidate)
 std::vector<fs::path> moduleDirectories(const std::vector<std::string>& first)
 {
     auto names = first;
-    std::ranges::move(partsOf(std::getenv("LD_LIBRARY_PATH")),
-                      std::back_inserter(names)); // NOLINT(concurrency-mt-unsafe)
+    const char* const ofLoader =
+        std::getenv("LD_LIBRARY_PATH"); // NOLINT(concurrency-mt-unsafe): nobody sets it
+    std::ranges::move(partsOf(ofLoader), std::back_inserter(names));
     std::error_code ignored;
     const auto own = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     const fs::path installed(PLEX_LIBRARY_DIRECTORY); // seen from the program

@@ -11,8 +11,10 @@
 #include <fastdds/dds/subscriber/Subscriber.hpp>
 
 #include <algorithm>
+#include <iomanip>
 #include <numeric>
 #include <set>
+#include <sstream>
 #include <utility>
 
 namespace ovra::plex::tool
@@ -141,8 +143,10 @@ void remarkOthers(const std::string& topic, const std::string& type,
         }
     }
     for (const auto& other : others) {
-        remark("topic \"" + topic + "\" has type \"" + other +
-               "\" as well, which is left out; this is about \"" + type + "\"");
+        std::ostringstream text;
+        text << "topic " << std::quoted(topic) << " has type " << std::quoted(other)
+             << " as well, which is left out; this is about " << std::quoted(type);
+        remark(text.str());
     }
 }
 

@@ -62,7 +62,7 @@ std::optional<KnownType> typeOf(const mcap::Schema& schema, const Metadata& meta
     auto result = idl::parseText(schema.data, schema.name);
     const auto* const found = result.model ? result.model->findType(schema.name) : nullptr;
     const auto* const type = found == nullptr ? nullptr : idl::as<idl::StructType>(*found);
-    if (type == nullptr) {
+    if (!result.model || type == nullptr) {
         return std::nullopt;
     }
     idl::CodecOptions codec;
@@ -105,7 +105,7 @@ Replayable replayableOf(const mcap::Channel& channel, const mcap::Schema* schema
 {
     if (channel.encoding != "cdr") {
         throw Failure(ExitCode::Usage,
-                      "its values are encoded as \"" + channel.encoding + "\", not as \"cdr\"");
+                      "its values are encoded as \"" + channel.encoding + R"(", not as "cdr")");
     }
     const auto& metadata = channel.metadata;
     Replayable replayable;

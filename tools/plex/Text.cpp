@@ -6,6 +6,7 @@
 #include "Words.hpp"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -105,18 +106,20 @@ std::string inOneLine(const Json& value)
 
 Template parseTemplate(const std::string& text, const idl::StructType* type)
 {
+    static const std::map<std::string, char> escapes{
+        {"{{", '{'}, {"}}", '}'}, {R"(\n)", '\n'}, {R"(\t)", '\t'}};
     std::vector<Template> parts;
     std::string constant;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto pair = text.substr(i, 2);
-        if (pair == "{{" || pair == "}}" || pair == "\\n" || pair == "\\t") {
-            constant += pair == "\\n" ? '\n' : pair == "\\t" ? '\t' : pair.front();
+        const auto escape = escapes.find(text.substr(i, 2));
+        if (escape != escapes.end()) {
+            constant += escape->second;
             ++i;
         } else if (text[i] == '{') {
             const auto end = text.find('}', i);
             if (end == std::string::npos) {
                 throw Failure(ExitCode::Usage,
-                              "the template has a \"{\" without a \"}\"; {{ stands for a brace");
+                              R"(the template has a "{" without a "}"; {{ stands for a brace)");
             }
             parts.push_back(constantOf(std::exchange(constant, {})));
             parts.push_back(fieldOf(text.substr(i + 1, end - i - 1), type));

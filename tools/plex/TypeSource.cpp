@@ -95,7 +95,7 @@ KnownType fromModule(const ps::TypeDescription& description)
     auto result = idl::parseText(description.definition, description.ddsName);
     const auto* const found = result.model ? result.model->findType(description.name) : nullptr;
     const auto* const type = found == nullptr ? nullptr : idl::as<idl::StructType>(*found);
-    if (type == nullptr) {
+    if (!result.model || type == nullptr) {
         throw Failure(ExitCode::Failed,
                       std::string("the module of ") + description.ddsName +
                           " describes it in a way that this program does not understand:\n" +

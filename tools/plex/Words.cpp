@@ -36,10 +36,10 @@ std::size_t distanceBetween(std::string_view one, std::string_view other)
 {
     std::vector<std::size_t> row(other.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < one.size(); ++i) {
+    for (const char c : one) {
         std::size_t diagonal = row[0]++;
         for (std::size_t j = 0; j < other.size(); ++j) {
-            const std::size_t replaced = diagonal + (one[i] == other[j] ? 0 : 1);
+            const std::size_t replaced = diagonal + (c == other[j] ? 0 : 1);
             diagonal = row[j + 1];
             row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
         }

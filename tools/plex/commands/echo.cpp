@@ -9,8 +9,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iomanip>
 #include <map>
 #include <set>
+#include <sstream>
 
 namespace ovra::plex::tool
 {
@@ -49,9 +51,11 @@ Filter keyFilter(const std::string& text, const idl::StructType& type)
             const auto name = text.substr(begin, std::min(sign, end) - begin);
             const auto member = std::ranges::find(members, name, [](const auto* each) { return each->name; });
             if (sign >= end || member == members.end() || !(*member)->key) {
-                throw Failure(ExitCode::Usage, "--key \"" + text + "\": \"" + name +
-                                                   "\" is no member of the key of " + type.scopedName +
-                                                   "; write it as member=value,member=value");
+                std::ostringstream fault;
+                fault << "--key " << std::quoted(text) << ": " << std::quoted(name)
+                      << " is no member of the key of " << type.scopedName
+                      << "; write it as member=value,member=value";
+                throw Failure(ExitCode::Usage, fault.str());
             }
             wanted[name] = text.substr(sign + 1, end - sign - 1);
             begin = end + 1;
@@ -135,7 +139,7 @@ private:
             try {
                 const auto datum = idl::decode(*type_->type, received.sample.payload, type_->codec);
                 value = Json::parse(idl::toJson(*type_->type, datum));
-                remember(datum, value);
+                remember(*type_, datum, value);
             } catch (const idl::CodecError& error) {
                 fault = error.what();
                 ++undecodable_;
@@ -149,7 +153,8 @@ private:
         if (options_.json) {
             writeLine(toJson(received, value, fault).dump());
         } else {
-            writeLine(!value.is_null() ? line(received, value) : line(received, bytesOf(received, fault)));
+            writeLine(type_ && !value.is_null() ? line(received, *type_->type, value)
+                                                : line(received, bytesOf(received, fault)));
         }
     }
 
@@ -176,17 +181,17 @@ private:
     }
 
     /// Keeps the key by its hash, which is all that a disposal has.
-    void remember(const idl::Datum& datum, const Json& value)
+    void remember(const KnownType& type, const idl::Datum& datum, const Json& value)
     {
-        if (!type_->type->hasKey || keys_.size() >= mostKeys) {
+        if (!type.type->hasKey || keys_.size() >= mostKeys) {
             return;
         }
-        if (const auto hash = idl::keyHash(*type_->type, datum, type_->keyVersion, type_->codec)) {
-            keys_.try_emplace(*hash, keyOf(*type_->type, value));
+        if (const auto hash = idl::keyHash(*type.type, datum, type.keyVersion, type.codec)) {
+            keys_.try_emplace(*hash, keyOf(*type.type, value));
         }
     }
 
-    std::string bytesOf(const Received& received, const std::string& fault) const
+    static std::string bytesOf(const Received& received, const std::string& fault)
     {
         constexpr std::size_t mostShown = 64;
         const auto& payload = received.sample.payload;
@@ -255,10 +260,10 @@ private:
         return fields;
     }
 
-    std::string line(const Received& received, const Json& value)
+    std::string line(const Received& received, const idl::StructType& type, const Json& value)
     {
         Fields fields = fieldsOf(received);
-        fields.key = keyOf(*type_->type, value);
+        fields.key = keyOf(type, value);
         fields.value = value;
         const auto text = template_(fields);
         return options_.format.empty() ? line(fields, text) : text;
