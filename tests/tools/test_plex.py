@@ -22,6 +22,8 @@ import tempfile
 import time
 import unittest
 
+import mcap_file
+
 PROGRAMS = pathlib.Path(os.environ["PLEX_PROGRAMS"])
 PLEX = str(PROGRAMS / "plex")
 PATIENCE = 30
@@ -463,6 +465,25 @@ class Cyclone(PlexTest):
         self.assertEqual(code, 0, errors)
         self.plex("pub", topic, TYPE, '{"az": 1}').end()  # the peer ends, and acknowledges no more
         self.assertEqual(peer.end()[0], "4046c00000000000 bff0000000000000\n0000000000000000 3ff0000000000000\n")
+
+    def test_its_values_are_recorded_as_they_are_and_replayed_to_it(self):
+        topic, other = self.topic("recorded"), self.topic("replayed")
+        file = self.profiles.parent / "recording.mcap"
+        values = [number for i in range(4000) for number in (struct.pack(">d", i).hex(), "bff0000000000000")]
+        self.peer("appendable", "publish", topic, "xcdr2", *values)
+        recorder = self.plex("record", topic, "-o", file, "--idl", os.environ["PLEX_MODULE_IDL"], "-n", 2,
+                             "--compression", "none")
+        _, errors, code = recorder.end()
+        self.assertEqual(code, 0, errors)
+        payloads = [payload for *_, payload in mcap_file.Recording(file).messages]
+        self.assertEqual([payload[:8].hex() for payload in payloads], ["0009000010000000"] * 2)  # delimited CDR2
+        first, second = [struct.unpack_from("<dd", payload, 8) for payload in payloads]
+        self.assertEqual(second, (first[0] + 1, -1.0))
+        listener = self.peer("appendable", "subscribe", other, "xcdr2", 3)  # stays until all is acknowledged
+        _, errors, code = self.plex("replay", file, "--rename", f"{topic}={other}").end()
+        self.assertEqual(code, 0, errors)
+        heard = [listener.line().split() for _ in range(2)]
+        self.assertEqual(heard, [[struct.pack(">d", each).hex() for each in value] for value in (first, second)])
 
 
 class Measuring(PlexTest):
