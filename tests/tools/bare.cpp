@@ -2,17 +2,17 @@
 // A program of bare Fast DDS for the tests of the command plex: one endpoint of type vexstubif::AltAz.
 //
 //     bare write|read DOMAIN TOPIC [reliable|best-effort [PARTITION]]
-//     bare crowd DOMAIN TOPIC PARTICIPANTS PAIRS    participants, each with so many writers and readers of
-//     topics
-//                                                   TOPIC/0, TOPIC/1 …; it obeys nothing
+//     bare crowd DOMAIN TOPIC PARTICIPANTS PAIRS
+//
+// A crowd's participants have so many writers and readers each, of topics TOPIC/0, TOPIC/1 …; it obeys
+// nothing.
 //
 // Each line of its standard input is a command, each of its answers a line:
 //
-//     matched N          waits for so many endpoints on the other side: "matched"
-//     publish N RATE     publishes values with alt 0, 1, … and az -0.5, so many a second: "published
-//     SECONDS", from the
-//                        first to the last one
-//     take N             waits for so many values: "ALT AZ" for each
+//     matched N        waits for so many endpoints on the other side: "matched"
+//     publish N RATE   publishes values with alt 0, 1, … and az -0.5, so many a second:
+//                      "published SECONDS", from the first to the last one
+//     take N           waits for so many values: "ALT AZ" for each
 //
 // It ends with its standard input, or with an error where something does not come in time.
 #include <generated/vexstubif/AltAzPubSubType.hpp>
