@@ -10,27 +10,6 @@
 namespace plex::test
 {
 
-namespace
-{
-
-/// Waits until the participant of a test has discovered a writer of the topic, by means of DDS alone.
-void discoverWriter(dds::DomainParticipant& participant, const Uri& uri)
-{
-    const auto type = PlainPeer::altAz();
-    type.register_type(&participant);
-    auto* const topic = participant.create_topic(ovra::plex::DdsUriHelper::topic(uri, true),
-                                                 type.get_type_name(), dds::TopicQos());
-    auto* const reader = participant.create_subscriber({})->create_datareader(topic, {});
-    EXPECT_TRUE(waitFor([&] {
-        dds::SubscriptionMatchedStatus status;
-        reader->get_subscription_matched_status(status);
-        return status.total_count > 0;
-    }));
-    participant.delete_contained_entities();
-}
-
-} // namespace
-
 TEST_F(StatusTest, NamesTheEntityAndItsPeerInTheSameParticipant)
 {
     const auto publisher = EntityTest::publisher();
@@ -64,29 +43,50 @@ TEST_F(StatusTest, NamesThePeerInAnotherParticipant)
     EXPECT_FALSE(status.matched[0].host.empty());
 }
 
-TEST_F(StatusTest, NamesAPeerThatWasDiscoveredBeforeTheFirstEntity)
+/// Peers that the participant discovers while it has no entity of this library.
+class EarlierPeerTest : public StatusTest
 {
-    const auto shared = participant();
-    PlainPeer peer(uri, "telescope");
-    peer.write({});
-    discoverWriter(*shared, uri);
-    const auto subscriber = EntityTest::subscriber();
-    const auto status = statusOnce(*subscriber, matchesOne);
-    EXPECT_EQ(status.matched[0].participant, "telescope");
-    EXPECT_EQ(status.matched[0].type, "generated::dds_::vexstubif::AltAz");
+protected:
+    /// By means of DDS alone.
+    void discover(PlainPeer& peer)
+    {
+        peer.write({});
+        const auto type = PlainPeer::altAz();
+        type.register_type(shared_.get());
+        auto* const topic = shared_->create_topic(ovra::plex::DdsUriHelper::topic(uri, true),
+                                                  type.get_type_name(), dds::TopicQos());
+        auto* const reader = shared_->create_subscriber({})->create_datareader(topic, {});
+        EXPECT_TRUE(waitFor([&] {
+            dds::SubscriptionMatchedStatus status;
+            reader->get_subscription_matched_status(status);
+            return status.total_count > 0;
+        }));
+        shared_->delete_contained_entities();
+    }
+
+    void expectNamed()
+    {
+        PlainPeer peer(uri, "telescope");
+        discover(peer);
+        const auto subscriber = EntityTest::subscriber();
+        const auto status = statusOnce(*subscriber, matchesOne);
+        EXPECT_EQ(status.matched[0].participant, "telescope");
+        EXPECT_EQ(status.matched[0].type, "generated::dds_::vexstubif::AltAz");
+    }
+
+private:
+    const std::shared_ptr<dds::DomainParticipant> shared_ = participant();
+};
+
+TEST_F(EarlierPeerTest, IsNamedThoughItCameBeforeTheFirstEntity)
+{
+    expectNamed();
 }
 
-TEST_F(StatusTest, NamesAPeerThatWasDiscoveredWhileThereWasNoEntity)
+TEST_F(EarlierPeerTest, IsNamedThoughItCameAfterTheLastEntity)
 {
-    const auto shared = participant();
     EntityTest::subscriber()->close();
-    PlainPeer peer(uri, "telescope");
-    peer.write({});
-    discoverWriter(*shared, uri);
-    const auto subscriber = EntityTest::subscriber();
-    const auto status = statusOnce(*subscriber, matchesOne);
-    EXPECT_EQ(status.matched[0].participant, "telescope");
-    EXPECT_EQ(status.matched[0].type, "generated::dds_::vexstubif::AltAz");
+    expectNamed();
 }
 
 TEST_F(StatusTest, TellsOfAMostRecentValueSubscriberToo)
