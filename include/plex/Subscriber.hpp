@@ -40,8 +40,8 @@ public:
     /// be told; inside a callback it waits for nothing.
     virtual void close() = 0;
 
-    /// Takes the values received so far, oldest first, at most maxSamples of them (0: no limit). Never
-    /// waits.
+    /// Takes the values received so far, at most maxSamples of them (0: no limit): oldest first, or, where
+    /// the type has a key, instance by instance and the oldest of each first. Never waits.
     /// @throws IllegalStateException when the subscriber is closed.
     /// @throws PlexException when the transport fails; once it has given values, they are returned and the
     ///         failure is logged only.
