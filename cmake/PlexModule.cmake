@@ -330,10 +330,10 @@ function(plex_install_module name)
 
     install(TARGETS plex-icd-${name} plex-dds-${name} EXPORT ${package}-targets LIBRARY)
     install(CODE "
-        set(LIST ${output}/links.txt)
-        set(DIRECTORY \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR})
+        set(LIST [[${output}/links.txt]])
+        set(DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\")
         set(LIBRARY $<TARGET_FILE_NAME:plex-dds-${name}>)
-        include(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/PlexModuleLinks.cmake)")
+        include([[${CMAKE_CURRENT_FUNCTION_LIST_DIR}/PlexModuleLinks.cmake]])")
     install(DIRECTORY ${output}/include/ TYPE INCLUDE FILES_MATCHING PATTERN *.hpp)
     plex_install_definitions(${name} ${CMAKE_INSTALL_DATADIR}/plex/idl/${name} PLEX_IDL_DIRECTORIES)
     install(EXPORT ${package}-targets NAMESPACE plex:: DESTINATION ${packageDirectory})

@@ -134,6 +134,17 @@ build third --target plex-icd-third
 test -e "$work/third/build/third/dds/shard2.cpp"
 test ! -e "$work/third/build/third/dds/shard3.cpp"
 
+# --- Where paths have spaces ------------------------------------------------------------------------------------------
+
+mkdir "$work/with space"
+cp -r "$work/moved" "$work/with space/plex"
+cp -r "$project/tests/consumer/module-errors" "$work/with space/project"
+printf '%s\n' 'plex_add_module(one IDL one.idl TOPICS none)' 'plex_install_module(one)' >"$work/with space/project/calls.cmake"
+prefixes="$work/with space/plex" configure 'with space/project'
+build 'with space/project'
+cmake --install "$work/with space/project/build" --prefix "$work/with space/installed" >"$work/log"
+test -e "$work/with space/installed/lib/libplex-dds-one.so"
+
 # --- What is refused ------------------------------------------------------------------------------------------------
 
 cp -r "$project/tests/consumer/module-errors" "$work/errors"
