@@ -1,7 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
 # Run when a module was generated: cmake -D MODULE=… -D OUTPUT=… -D OTHERS=… -P …, with the output directories of the modules
 # that it uses, | between them. Some of its topics must be in the C++ namespace by which the transport finds its library, or
-# within that. Writes the lists of its headers, and of the modules for which links to the library are made.
+# within that. Writes the lists of its headers, and of the modules for which links to the library are made. Headers of topics
+# that are there no more are removed, so that nobody includes them.
+
+cmake_policy(VERSION 3.25)
 
 # write_if_other(FILE TEXT): leaves a file alone that has the text.
 function(write_if_other file text)
@@ -26,7 +29,24 @@ list(REMOVE_ITEM modules ${MODULE})
 list(JOIN modules "\n" text)
 write_if_other(${OUTPUT}/links.txt "${text}")
 
+# A topic's header is called as its source is, in the folder of the outermost module.
+file(STRINGS ${OUTPUT}/src/shard0.cpp sources REGEX "^#include")
+list(TRANSFORM sources REPLACE "^#include \"(.*)[.]cpp\"$" "\\1.hpp")
+set(before)
+if(EXISTS ${OUTPUT}/headers.txt)
+    file(STRINGS ${OUTPUT}/headers.txt before ENCODING UTF-8)
+endif()
 file(GLOB_RECURSE headers ${OUTPUT}/include/*.hpp)
+foreach(header IN LISTS headers)
+    cmake_path(RELATIVE_PATH header BASE_DIRECTORY ${OUTPUT}/include OUTPUT_VARIABLE name)
+    string(REGEX REPLACE "^[^/]*/(.*)$" "\\1" withinModule ${name})
+    if(NOT name IN_LIST sources AND NOT withinModule IN_LIST sources AND NOT withinModule STREQUAL Values.hpp)
+        list(REMOVE_ITEM headers ${header})
+        if(header IN_LIST before)
+            file(REMOVE ${header})
+        endif()
+    endif()
+endforeach()
 list(JOIN headers "\n" text)
 write_if_other(${OUTPUT}/headers.txt "${text}\n")
 

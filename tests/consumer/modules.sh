@@ -134,6 +134,13 @@ build third --target plex-icd-third
 test -e "$work/third/build/third/dds/shard2.cpp"
 test ! -e "$work/third/build/third/dds/shard3.cpp"
 
+# A topic that is called otherwise leaves no header behind.
+sed -i 's/S9/Ninth/' "$work/third/third.idl"
+build third --target plex-icd-third
+test -e "$work/third/build/third/include/third/Ninth.hpp"
+test ! -e "$work/third/build/third/include/third/S9.hpp"
+test -e "$work/third/build/third/include/third/S8.hpp"
+
 # --- Where paths have spaces ------------------------------------------------------------------------------------------
 
 mkdir "$work/with space"
