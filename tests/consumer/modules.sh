@@ -188,9 +188,12 @@ fails() {
 
 refused 'plex_add_module(good): there is no definition; name its files behind IDL' 'plex_add_module(good)'
 refused 'there is nothing behind IDL' 'plex_add_module(good IDL)'
-refused '"good.idl" is no argument of it' 'plex_add_module(good good.idl)'
+refused '"good.idl" is no argument of it; definitions are named behind IDL' 'plex_add_module(good good.idl)'
 refused '"UNKNOWN" is no argument of it' 'plex_add_module(good UNKNOWN IDL good.idl)'
 refused "there is no file $work/errors/missing.idl, which IDL names" 'plex_add_module(good IDL missing.idl)'
+refused "there is no file $work/errors/TOPIC, which IDL names; \"TOPIC\" is no argument of plex_add_module() either" \
+    'plex_add_module(good IDL good.idl TOPIC all)'
+refused "$work/errors/other is a folder; IDL names files" 'plex_add_module(good IDL other)'
 refused 'there is no module "nowhere", which MODULES names; before this call, make it with plex_add_module(nowhere …) or
 find it with find_package(plex-nowhere)' 'plex_add_module(good IDL good.idl MODULES nowhere)'
 refused 'there is a module of that name already; all its files belong into one call' \
