@@ -212,9 +212,11 @@ fails 'bad.idl:3:22: error: ";" is missing' 'plex_add_module(bad IDL bad.idl)'
 fails 'there is no topic' 'plex_add_module(good IDL good.idl TOPICS annotated)'
 fails 'plex_add_module(well): the topics are of the module good, whose library has another name; call
 plex_add_module(good …) for them' 'plex_add_module(well IDL good.idl)'
+fails "inner.idl:2:42: error: \"one::T\" is declared in $work/errors/one.idl, which is not among the definitions" \
+    'plex_add_module(one_inner IDL inner.idl)'
 fails 'plex_add_module(one_inner): there is a header <one/Values.hpp> of another module, too' \
     'plex_add_module(one IDL one.idl TOPICS none)
-plex_add_module(one_inner IDL inner.idl MODULES one)'
+plex_add_module(one_inner IDL apart.idl MODULES one)'
 
 # --- For another machine ----------------------------------------------------------------------------------------------
 

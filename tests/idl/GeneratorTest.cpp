@@ -32,9 +32,10 @@ std::string generated(const std::string& path, const std::string& definition,
 }
 
 /// What hinders that something is generated, as "line:column: message".
-std::vector<std::string> refusals(const std::string& definition)
+std::vector<std::string> refusals(const std::string& definition,
+                                  const ParseOptions& parsing = optionsWith({}))
 {
-    const Model model = modelOf(definition);
+    const Model model = modelOf(definition, parsing);
     const Generation generation = generate(model);
     EXPECT_TRUE(generation.files.empty());
     std::vector<std::string> messages;
@@ -409,6 +410,24 @@ TEST(Refusals, AreOfTopicsThatNoClassCanBeMadeFor)
     EXPECT_THAT(refusals("struct T { long l; };"), ElementsAre("1:8: \"T\" is in no module"));
     EXPECT_THAT(refusals("module m { struct clone { long l; }; };"),
                 ElementsAre("1:19: a topic can not be called \"clone\""));
+}
+
+TEST(Refusals, AreOfTypesWhoseFileIsNotNamed)
+{
+    const ParseOptions parsing =
+        optionsWith({{"parts.idl", "module m { struct P { long l; }; enum E { A }; };"
+                                   "module other { struct O { long l; }; };"}});
+    const auto refusalsOf = [&parsing](const std::string& member) {
+        return refusals("#include \"parts.idl\"\nmodule m { struct T { " + member + " }; };", parsing);
+    };
+    const std::string sentence = " is declared in parts.idl, which is not among the definitions";
+    EXPECT_THAT(refusalsOf("P p;"), ElementsAre("2:25: \"m::P\"" + sentence));
+    EXPECT_THAT(refusalsOf("sequence<P> p[2];"), ElementsAre("2:35: \"m::P\"" + sentence));
+    EXPECT_THAT(refusalsOf("long l; E e;"), ElementsAre("2:33: \"m::E\"" + sentence));
+
+    const Model model =
+        modelOf("#include \"parts.idl\"\nmodule n { struct T { other::O o; m::P p; }; };", parsing);
+    EXPECT_EQ(generate(model).diagnostics.errors(), 0U);
 }
 
 TEST(Modules, MayBeSeveral)

@@ -179,6 +179,9 @@ Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& dia
             plan.constants.push_back(constant);
         }
     }
+    if (!options.definitionsOnly) {
+        refusals.refuseMissingTypes(plan.declared);
+    }
     if (diagnostics.errors() > 0) {
         return plan;
     }

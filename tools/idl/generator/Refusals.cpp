@@ -41,6 +41,13 @@ std::string hintForUnsupported(TypeKind kind)
     }
 }
 
+/// The module whose header has the plain form of a type; empty for types in no module.
+std::string outermostModuleOf(const NamedType& type)
+{
+    const auto path = modulePath(*type.module);
+    return path.empty() ? std::string() : path.front();
+}
+
 /// Whether a value of a type holds values of another, however deep.
 bool contains(const Type& type, const Type& wanted, std::unordered_set<const Type*>& seen)
 {
@@ -136,6 +143,44 @@ void Refusals::checkUnion(const UnionType& type)
     checkType(*type.discriminator, type.location);
     for (const UnionCase& each : type.cases) {
         checkType(*each.type, each.location);
+    }
+}
+
+void Refusals::checkIsDeclared(const Type& type, const Location& place, const std::set<std::string>& modules)
+{
+    const Type& known = resolved(type);
+    if (const auto* const sequence = as<SequenceType>(known)) {
+        checkIsDeclared(*sequence->element, place, modules);
+    } else if (const auto* const array = as<ArrayType>(known)) {
+        checkIsDeclared(*array->element, place, modules);
+    } else if (const auto* const other = dynamic_cast<const NamedType*>(&known);
+               other != nullptr && other->included && modules.contains(outermostModuleOf(*other))) {
+        refuse(place,
+               "\"" + other->scopedName + "\" is declared in " + model_.files.at(other->location.file).path +
+                   ", which is not among the definitions",
+               "name that file, too: definitions of one outermost module are generated together");
+    }
+}
+
+void Refusals::refuseMissingTypes(const std::vector<const NamedType*>& declared)
+{
+    std::set<std::string> modules;
+    for (const NamedType* const type : declared) {
+        modules.insert(outermostModuleOf(*type));
+    }
+    for (const NamedType* const type : declared) {
+        if (const auto* const structure = as<StructType>(*type)) {
+            for (const Member* const member : allMembers(*structure)) {
+                checkIsDeclared(*member->type, member->location, modules);
+            }
+        } else if (const auto* const choice = as<UnionType>(*type)) {
+            checkIsDeclared(*choice->discriminator, choice->location, modules);
+            for (const UnionCase& each : choice->cases) {
+                checkIsDeclared(*each.type, each.location, modules);
+            }
+        } else if (const auto* const alias = as<AliasType>(*type)) {
+            checkIsDeclared(*alias->target, alias->location, modules);
+        }
     }
 }
 

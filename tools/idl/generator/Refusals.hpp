@@ -6,8 +6,10 @@
 #include <plex/idl/Model.hpp>
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace ovra::plex::idl
 {
@@ -27,6 +29,10 @@ public:
     /// Whether a struct can be a topic.
     bool acceptTopic(const StructType& topic);
 
+    /// Refuses members of included types whose plain form would be in a header that is written, where it is
+    /// not: that has the types of the named files only.
+    void refuseMissingTypes(const std::vector<const NamedType*>& declared);
+
     /// Says that there is no topic.
     void refuseToDoNothing();
 
@@ -37,6 +43,7 @@ private:
     void checkKey(const Type& declared, const Member& key);
     void checkUnion(const UnionType& type);
     void checkType(const Type& type, const Location& place);
+    void checkIsDeclared(const Type& type, const Location& place, const std::set<std::string>& modules);
     void checkRecursion(const NamedType& type);
     void checkSize(const NamedType& type);
     std::uint64_t sizeOf(const Type& declared);
