@@ -51,6 +51,7 @@ inline PeerQos fitting()
     qos.writer.liveliness().lease_duration = {5, 0};
     qos.writer.liveliness().announcement_period = {1, 0};
     qos.writer.ownership().kind = dds::EXCLUSIVE_OWNERSHIP_QOS;
+    qos.writer.data_sharing().off(); // in a process that is killed, its file would stay
     qos.publisher.partition().push_back("north");
     qos.reader.latency_budget().duration = {2, 0};
     return qos;

@@ -21,7 +21,8 @@ namespace plex::test
 {
 
 /// This program once more, in a process of its own, with other arguments and a pipe to its standard input. It
-/// does not outlive the object.
+/// does not outlive the object: it is to end with its input, and killed only if it does not, as one that is
+/// killed leaves files in shared memory.
 ///
 /// Threads: one at a time. Its output is this process's.
 class ChildProcess
@@ -47,7 +48,7 @@ public:
     ~ChildProcess()
     {
         endInput();
-        if (!exitStatus(std::chrono::milliseconds(0))) {
+        if (!exitStatus(patience / 2)) {
             kill(SIGKILL);
             waitpid(id_, nullptr, 0);
         }
