@@ -26,10 +26,12 @@ namespace
 using namespace std::chrono_literals;
 using ps::internal::isWriter;
 
-constexpr auto shortestSettling = 1000ms; // participants repeat themselves every 100 ms at first
+// Participants repeat themselves every 100 ms at first, then every 3 s. Whose answer was lost is heard then.
+constexpr auto repetition = 3300ms;
+constexpr auto shortestSettling = fastdds::answersReachAll ? 1000ms : repetition;
 constexpr auto quietTime = 500ms;
 constexpr auto quietTimeOfEach = 10ms; // further, for a participant: many take their turns to answer
-constexpr auto longestSettling = 3000ms;
+constexpr auto longestSettling = fastdds::answersReachAll ? 3000ms : repetition;
 
 constexpr std::uint32_t queueLength = 8192;             // packets
 constexpr std::uint32_t segmentSize = 2U * 1024 * 1024; // bytes
@@ -194,17 +196,23 @@ void Domain::settle()
 
 bool Domain::settleUnless(const std::function<bool(const Scene&)>& condition)
 {
-    const bool holds = waitUnlessSettled(condition);
+    const bool holds = waitUnless([this] { return isSettled(); }, condition);
     remove(std::exchange(second_, nullptr));
     return holds;
 }
 
-bool Domain::waitUnlessSettled(const std::function<bool(const Scene&)>& condition) const
+bool Domain::waitForRepetition(const std::function<bool(const Scene&)>& condition) const
+{
+    return waitUnless([this] { return Clock::now() - begin_ >= repetition; }, condition);
+}
+
+bool Domain::waitUnless(const std::function<bool()>& isOver,
+                        const std::function<bool(const Scene&)>& condition) const
 {
     std::unique_lock lock(mutex_);
     std::uint64_t seen = 0;
     bool holds = condition(sceneLocked());
-    while (!holds && !isSettled() && !isInterrupted()) {
+    while (!holds && !isOver() && !isInterrupted()) {
         change_.wait_for(lock, longestWait);
         if (seen != changes_) {
             seen = changes_;
@@ -256,7 +264,7 @@ void waitForTopic(Domain& domain, const std::string& topic)
         return std::ranges::any_of(scene.endpoints,
                                    [&](const auto& endpoint) { return endpoint.topic == topic; });
     };
-    if (!domain.settleUnless(isThere) && !isInterrupted()) {
+    if (!domain.settleUnless(isThere) && !domain.waitForRepetition(isThere) && !isInterrupted()) {
         const auto topics = domain.scene().topics();
         throw Failure(ExitCode::NotFound,
                       "there is no topic \"" + topic + "\"" +

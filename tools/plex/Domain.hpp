@@ -41,7 +41,8 @@ struct Scene {
 ///
 /// Fast DDS announces a participant before it listens, so that some of the answers are lost, and those who
 /// gave them are not heard of for seconds. So there is a second participant until all are known: the first
-/// one listens when others answer that, and what either hears counts.
+/// one listens when others answer that, and what either hears counts. Where others answer the new one alone,
+/// both answers may be lost, and only waiting for the next announcement of all others helps.
 ///
 /// Threads: one owner; DDS reports on its own.
 class Domain final : public fastdds::DiscoveryListener
@@ -64,11 +65,15 @@ public:
     /// What one of its own endpoints announces. @returns nothing: not yet.
     std::optional<fastdds::AnnouncedEndpoint> ownEndpoint(const fastdds::Guid& guid) const;
 
-    /// Waits until announcements have stopped, for 3 s at most, or until the command is interrupted.
+    /// Waits until announcements have stopped, for 3.3 s at most, or until the command is interrupted.
     void settle();
 
     /// As settle(), but ends as soon as a condition holds. @returns whether it holds.
     bool settleUnless(const std::function<bool(const Scene&)>& condition);
+
+    /// Waits until a condition holds, or until all others have had time to announce themselves again.
+    /// @returns whether it holds.
+    bool waitForRepetition(const std::function<bool(const Scene&)>& condition) const;
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -81,7 +86,8 @@ private:
     /// @returns null when DDS refuses.
     dds::DomainParticipant* create(std::uint32_t number, const std::string& name);
     void remove(dds::DomainParticipant* participant);
-    bool waitUnlessSettled(const std::function<bool(const Scene&)>& condition) const;
+    bool waitUnless(const std::function<bool()>& isOver,
+                    const std::function<bool(const Scene&)>& condition) const;
     bool isSettled() const;
     bool isOwn(const fastdds::GuidPrefix& participant) const;
     Scene sceneLocked() const;

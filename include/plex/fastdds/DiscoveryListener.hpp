@@ -64,6 +64,16 @@ struct AnnouncedParticipant {
 /// Whether the version of a participant of Fast DDS is told, unless it is of generation 2.
 inline constexpr bool tellsVersions = PLEX_FASTDDS_GENERATION >= 3;
 
+/// Whether participants answer a new one by an announcement to all, which others that are new hear as well.
+/// Fast DDS has answered the new one alone since 2.14.5, 3.1.3 and 3.2.0.
+#if PLEX_FASTDDS_GENERATION >= 3
+inline constexpr bool answersReachAll =
+    FASTDDS_VERSION_MAJOR == 3 &&
+    (FASTDDS_VERSION_MINOR == 0 || (FASTDDS_VERSION_MINOR == 1 && FASTDDS_VERSION_MICRO <= 2));
+#else
+inline constexpr bool answersReachAll = FASTRTPS_VERSION_MINOR == 14 && FASTRTPS_VERSION_MICRO <= 4;
+#endif
+
 /// Hears what a participant discovers, of its own endpoints as well, under the names of both generations.
 ///
 /// Threads: DDS calls it from several, with locks held: an override must neither call DDS nor wait.
