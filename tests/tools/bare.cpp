@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A program of bare Fast DDS for the tests of the command plex: one endpoint of type vexstubif::AltAz.
 //
-//     bare write|read DOMAIN TOPIC [reliable|best-effort [PARTITION]]
+//     bare write|read DOMAIN TOPIC [reliable|best-effort [PARTITION [PARTICIPANT]]]
 //     bare crowd DOMAIN TOPIC PARTICIPANTS PAIRS
 //
 // A crowd's participants have so many writers and readers each, of topics TOPIC/0, TOPIC/1 …; it obeys
@@ -70,9 +70,9 @@ Entity* made(Entity* entity)
 
 /// The entities, deleted with their participant.
 struct Entities {
-    explicit Entities(unsigned domain)
-        : participant(made(dds::DomainParticipantFactory::get_instance()->create_participant(
-              domain, dds::PARTICIPANT_QOS_DEFAULT)))
+    explicit Entities(unsigned domain, const std::string& name = "RTPSParticipant")
+        : participant(
+              made(dds::DomainParticipantFactory::get_instance()->create_participant(domain, named(name))))
     {
     }
 
@@ -83,6 +83,13 @@ struct Entities {
     {
         participant->delete_contained_entities();
         dds::DomainParticipantFactory::get_instance()->delete_participant(participant);
+    }
+
+    static dds::DomainParticipantQos named(const std::string& name)
+    {
+        dds::DomainParticipantQos qos;
+        qos.name(name.c_str());
+        return qos;
     }
 
     dds::DomainParticipant* const participant;
@@ -221,7 +228,8 @@ int main(int argc, char** argv)
             crowd(arguments);
             return EXIT_SUCCESS;
         }
-        Entities entities(static_cast<unsigned>(std::stoul(arguments[2])));
+        const auto domain = static_cast<unsigned>(std::stoul(arguments[2]));
+        Entities entities(domain, arguments.size() > 6 ? arguments[6] : "RTPSParticipant");
         create(entities, arguments);
         std::cout << "ready" << std::endl;
         for (std::string line; std::getline(std::cin, line);) {

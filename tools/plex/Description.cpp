@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Description.hpp"
 
+#include "Printable.hpp"
+
 #include <algorithm>
 #include <array>
 #include <src/engine/Compatibility.hpp>
@@ -46,9 +48,9 @@ std::string shortPlace(const Scene& scene, const fastdds::Guid& endpoint)
     }
     const Place place = placeOf(*participant);
     if (!place.host.empty()) {
-        return place.process.empty() ? place.host : place.host + " " + place.process;
+        return printable(place.process.empty() ? place.host : place.host + " " + place.process);
     }
-    return place.name.empty() ? place.vendor : place.name;
+    return printable(place.name.empty() ? place.vendor : place.name);
 }
 
 std::string guidInWords(const fastdds::Guid& guid)

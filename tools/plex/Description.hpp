@@ -21,7 +21,8 @@ struct Place {
 
 Place placeOf(const fastdds::AnnouncedParticipant& participant);
 
-/// "dome 4711": host and process where they are known, else the participant's name, else the vendor.
+/// "dome 4711": host and process where they are known, else the participant's name, else the vendor;
+/// printable().
 std::string shortPlace(const Scene& scene, const fastdds::Guid& endpoint);
 
 std::string guidInWords(const fastdds::Guid& guid);

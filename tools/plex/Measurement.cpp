@@ -4,6 +4,7 @@
 #include "Interrupt.hpp"
 #include "Losses.hpp"
 #include "Output.hpp"
+#include "Printable.hpp"
 #include "RawReader.hpp"
 #include "Words.hpp"
 
@@ -147,7 +148,7 @@ private:
         constexpr std::size_t usual = 10;
         std::size_t width = 0;
         for (const auto& topic : topics_) {
-            width = std::max(width, topic.topic().size() + 2);
+            width = std::max(width, printable(topic.topic()).size() + 2);
         }
         std::string line;
         for (const auto& cell : cells) {
@@ -174,10 +175,10 @@ private:
                       {"values", window.values},
                       {"lost", window.lost}};
             presentation_.addTo(json, window);
-            writeLine(json.dump());
+            writeJson(json);
             return;
         }
-        std::vector<std::string> cells{topic};
+        std::vector<std::string> cells{printable(topic)};
         std::ranges::copy(presentation_.cells(window), std::back_inserter(cells));
         writeLine(coloured(row(cells), window.lost > 0 ? Colour::Red : Colour::Plain));
     }

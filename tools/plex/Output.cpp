@@ -3,10 +3,14 @@
 
 #include "Failure.hpp"
 #include "Interrupt.hpp"
+#include "Printable.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <poll.h>
 #include <system_error>
 #include <unistd.h>
@@ -38,15 +42,23 @@ bool isSet(const char* variable)
     return value != nullptr && *value != '\0';
 }
 
-bool hasColours()
+bool wantsColours()
 {
     const char* const terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): read only
     return isatty(STDOUT_FILENO) != 0 && !isSet("NO_COLOR") && terminal != nullptr &&
            std::string_view(terminal) != "dumb";
 }
 
+bool hasColours()
+{
+    static const bool colours = wantsColours();
+    return colours;
+}
+
+constexpr std::string_view uncoloured = "\033[0m";
+
 /// Select Graphic Rendition (ECMA-48).
-const char* sequenceOf(Colour colour)
+constexpr std::string_view sequenceOf(Colour colour)
 {
     switch (colour) {
     case Colour::Bold:
@@ -64,11 +76,45 @@ const char* sequenceOf(Colour colour)
     }
 }
 
+/// How long the sequence is that a text begins with, if coloured() has written it.
+std::size_t colourAt(std::string_view text)
+{
+    constexpr std::array sequences{uncoloured,
+                                   sequenceOf(Colour::Bold),
+                                   sequenceOf(Colour::Dim),
+                                   sequenceOf(Colour::Red),
+                                   sequenceOf(Colour::Green),
+                                   sequenceOf(Colour::Yellow)};
+    const auto* const found =
+        std::ranges::find_if(sequences, [&](auto sequence) { return text.starts_with(sequence); });
+    return hasColours() && found != sequences.end() ? found->size() : 0;
+}
+
+/// A line with its colours, and nothing else that a terminal obeys.
+std::string printableLine(std::string_view line)
+{
+    std::string result;
+    while (!line.empty()) {
+        const auto colour = colourAt(line);
+        const auto end = std::min(line.find('\033', std::max<std::size_t>(colour, 1)), line.size());
+        result += line.substr(0, colour);
+        result += printable(line.substr(colour, end - colour), Layout::Kept);
+        line.remove_prefix(end);
+    }
+    return result;
+}
+
 } // namespace
 
 void writeLine(std::string_view line)
 {
-    writeAll(std::string(line) + "\n");
+    writeAll(printableLine(line) + "\n");
+}
+
+void writeJson(const nlohmann::ordered_json& json, int indentation)
+{
+    const auto text = json.dump(indentation, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    writeAll(printable(text, Layout::Kept) + "\n");
 }
 
 void write(std::string_view text)
@@ -84,16 +130,16 @@ bool isOutputClosed()
 
 std::string coloured(std::string_view text, Colour colour)
 {
-    static const bool colours = hasColours();
-    if (!colours || colour == Colour::Plain) {
-        return std::string(text);
+    auto shown = printable(text, Layout::Kept);
+    if (!hasColours() || colour == Colour::Plain) {
+        return shown;
     }
-    return sequenceOf(colour) + std::string(text) + "\033[0m";
+    return std::string(sequenceOf(colour)) + shown + std::string(uncoloured);
 }
 
 void remark(const std::string& text)
 {
-    std::cerr << "plex: " + text + "\n";
+    std::cerr << "plex: " + printable(text, Layout::Kept) + "\n";
 }
 
 } // namespace ovra::plex::tool

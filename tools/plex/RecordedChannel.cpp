@@ -85,7 +85,7 @@ mcap::Channel channelOf(const Scene& scene, const fastdds::AnnouncedEndpoint& wr
     metadata["dds.keyed"] = hasKey(writer.guid) ? "true" : "false";
     metadata["dds.writer"] = guidInWords(writer.guid);
     metadata["dds.publisher"] = shortPlace(scene, writer.guid);
-    metadata["dds.partitions"] = Json(writer.partitions).dump();
+    metadata["dds.partitions"] = Json(writer.partitions).dump(-1, ' ', false, Json::error_handler_t::replace);
     for (const auto& policy : ps::internal::policiesOf(writer)) {
         metadata["dds.qos." + policy.name] = policy.value;
     }

@@ -3,6 +3,7 @@
 
 #include "Failure.hpp"
 #include "Path.hpp"
+#include "Printable.hpp"
 #include "Words.hpp"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ std::string memberInWords(const Json& value, bool whole)
     }
     if (value.is_string()) {
         const auto& text = value.get_ref<const std::string&>();
-        return whole || isOneWord(text) ? text : value.dump();
+        return whole ? printable(text) : isOneWord(text) ? text : value.dump();
     }
     if (!value.is_array()) {
         return value.dump();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Words.hpp"
 
+#include "Printable.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -135,7 +137,7 @@ std::string nearest(std::string_view name, const std::vector<std::string>& names
 std::string suggestion(std::string_view name, const std::vector<std::string>& names)
 {
     const std::string found = nearest(name, names);
-    return found.empty() ? "" : ", did you mean \"" + found + "\"?";
+    return found.empty() ? "" : ", did you mean \"" + printable(found) + "\"?";
 }
 
 std::string padded(std::string text, std::size_t width)
@@ -145,12 +147,13 @@ std::string padded(std::string text, std::size_t width)
     return text;
 }
 
-std::vector<std::string> aligned(const std::vector<std::vector<std::string>>& rows)
+std::vector<std::string> aligned(std::vector<std::vector<std::string>> rows)
 {
     std::vector<std::size_t> widths;
-    for (const auto& row : rows) {
+    for (auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (std::size_t i = 0; i < row.size(); ++i) {
+            row[i] = printable(row[i]);
             widths[i] = std::max(widths[i], widthOf(row[i]));
         }
     }

@@ -36,13 +36,13 @@ std::string inTimeOfDay(std::int64_t nanoseconds);
 /// Of some names that which is written most like another one. @returns empty: none is like it.
 std::string nearest(std::string_view name, const std::vector<std::string>& names);
 
-/// ", did you mean …?" for the nearest name, or nothing.
+/// ", did you mean …?" for the nearest name, printable(), or nothing.
 std::string suggestion(std::string_view name, const std::vector<std::string>& names);
 
 /// A text with blanks behind it, so many characters of UTF-8 wide at least.
 std::string padded(std::string text, std::size_t width);
 
-/// Rows of cells, each column as wide as its widest cell, with two blanks in between.
-std::vector<std::string> aligned(const std::vector<std::vector<std::string>>& rows);
+/// Rows of cells, printable(), each column as wide as its widest cell, with two blanks in between.
+std::vector<std::string> aligned(std::vector<std::vector<std::string>> rows);
 
 } // namespace ovra::plex::tool

@@ -4,6 +4,7 @@
 #include "../Interrupt.hpp"
 #include "../Output.hpp"
 #include "../Pairs.hpp"
+#include "../Printable.hpp"
 #include "../Words.hpp"
 #include "Commands.hpp"
 
@@ -253,8 +254,8 @@ void showProblems(const Report& report)
     writeLine(report.problems.empty() ? coloured("Nothing is wrong", Colour::Green)
                                       : coloured(counted(report.problems.size(), "problem"), Colour::Bold));
     for (const auto& problem : report.problems) {
-        writeLine("  " + coloured(problem.area, Colour::Red) + ": " + problem.text);
-        writeLine("      cure: " + problem.cure);
+        writeLine("  " + coloured(printable(problem.area), Colour::Red) + ": " + printable(problem.text));
+        writeLine("      cure: " + printable(problem.cure));
     }
 }
 
@@ -267,7 +268,7 @@ ExitCode doctor(const DoctorOptions& options)
         throw Failure(ExitCode::Failed, "interrupted before all was looked at");
     }
     if (options.json) {
-        writeLine(toJson(report).dump(2));
+        writeJson(toJson(report), 2);
     } else {
         showMachine(report);
         showDomain(report);

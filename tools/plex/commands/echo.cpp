@@ -151,7 +151,7 @@ private:
         }
         ++shown_;
         if (options_.json) {
-            writeLine(toJson(received, value, fault).dump());
+            writeJson(toJson(received, value, fault));
         } else {
             writeLine(type_ && !value.is_null() ? line(received, *type_->type, value)
                                                 : line(received, bytesOf(received, fault)));
@@ -172,7 +172,7 @@ private:
             Json json = head(received);
             json["event"] = event;
             json["key"] = key;
-            writeLine(json.dump());
+            writeJson(json);
         } else if (options_.format.empty()) {
             const auto instance =
                 key.is_null() ? "instance " + inHexadecimal(received.instance) : inOneLine(key);

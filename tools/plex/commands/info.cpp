@@ -4,6 +4,7 @@
 #include "../Interrupt.hpp"
 #include "../Output.hpp"
 #include "../Pairs.hpp"
+#include "../Printable.hpp"
 #include "../RawReader.hpp"
 #include "../Words.hpp"
 #include "Commands.hpp"
@@ -20,6 +21,8 @@ namespace ovra::plex::tool
 namespace
 {
 
+using Clock = std::chrono::steady_clock;
+
 /// What a writer has sent.
 struct Sent {
     double rate = 0.0;  ///< values a second
@@ -32,7 +35,6 @@ using SentByWriter = std::map<fastdds::Guid, Sent>;
 /// Takes what comes for some time.
 void take(RawReader& reader, double seconds, SentByWriter& sent)
 {
-    using Clock = std::chrono::steady_clock;
     const auto end =
         Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
     while (Clock::now() < end && !isInterrupted()) {
@@ -114,10 +116,10 @@ void showPair(const Scene& scene, const Pair& pair)
 {
     const std::string ends =
         shortPlace(scene, pair.writer.guid) + " → " + shortPlace(scene, pair.reader.guid);
-    writeLine("  " + ends + "  " +
+    writeLine("  " + printable(ends) + "  " +
               (pair.isMatched ? coloured("matched", Colour::Green) : coloured("not matched", Colour::Red)));
     for (const auto& refusal : pair.refusals) {
-        writeLine("      " + toString(refusal) +
+        writeLine("      " + printable(toString(refusal)) +
                   (pair.isMatched ? " (Fast DDS does not go by it, others do)" : ""));
     }
 }
@@ -154,12 +156,12 @@ ExitCode info(const InfoOptions& options)
         for (const auto& pair : pairs) {
             json["pairs"].push_back(toJson(pair));
         }
-        writeLine(json.dump(2));
+        writeJson(json, 2);
         return ExitCode::Done;
     }
     const auto matched = static_cast<std::uint64_t>(std::ranges::count_if(pairs, &Pair::isMatched));
-    writeLine(coloured(options.topic, Colour::Bold) + ": " + counted(writers.size(), "writer") + ", " +
-              counted(readers.size(), "reader") + ", " + std::to_string(matched) + " of " +
+    writeLine(coloured(printable(options.topic), Colour::Bold) + ": " + counted(writers.size(), "writer") +
+              ", " + counted(readers.size(), "reader") + ", " + std::to_string(matched) + " of " +
               counted(pairs.size(), "pair") + " matched");
     showEndpoints(scene, "writer", writers, sent);
     showEndpoints(scene, "reader", readers, {});

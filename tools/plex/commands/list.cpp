@@ -2,6 +2,7 @@
 #include "../Description.hpp"
 #include "../Domain.hpp"
 #include "../Output.hpp"
+#include "../Printable.hpp"
 #include "../Words.hpp"
 #include "Commands.hpp"
 
@@ -75,7 +76,7 @@ void addRows(std::vector<std::vector<std::string>>& rows, const Scene& scene, co
 void showTopic(const Scene& scene, const std::string& topic)
 {
     writeLine("");
-    writeLine(coloured(topic, Colour::Bold));
+    writeLine(coloured(printable(topic), Colour::Bold));
     std::vector<std::vector<std::string>> rows;
     addRows(rows, scene, "writer", scene.writersOf(topic));
     addRows(rows, scene, "reader", scene.readersOf(topic));
@@ -92,7 +93,7 @@ ExitCode list(const ListOptions& options)
     domain.settle();
     const Scene scene = domain.scene();
     if (options.json) {
-        writeLine(toJson(scene, options.domain).dump(2));
+        writeJson(toJson(scene, options.domain), 2);
         return ExitCode::Done;
     }
     const auto topics = scene.topics();

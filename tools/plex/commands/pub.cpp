@@ -166,12 +166,11 @@ public:
             return writer_.waitForAcknowledgments(longestWait) || writer_.matched() == 0;
         });
         if (options_.json) {
-            writeLine(Json{{"topic", options_.topic},
+            writeJson(Json{{"topic", options_.topic},
                            {"type", ddsName_},
                            {"values", published_},
                            {"readers", readers},
-                           {"acknowledged", isAcknowledged}}
-                          .dump());
+                           {"acknowledged", isAcknowledged}});
         } else {
             remark("published " + counted(published_, "value") + " to " + counted(readers, "reader"));
         }

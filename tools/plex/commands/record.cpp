@@ -2,6 +2,7 @@
 #include "../Interrupt.hpp"
 #include "../Losses.hpp"
 #include "../Output.hpp"
+#include "../Printable.hpp"
 #include "../Progress.hpp"
 #include "../RecordedChannel.hpp"
 #include "../RecordingFile.hpp"
@@ -63,7 +64,7 @@ public:
         recorded_.topic = reader.topic();
         recorded_.type = reader.type();
         if (!type_) {
-            remark("type \"" + reader.type() + "\" of topic \"" + reader.topic() +
+            remark("type \"" + printable(reader.type()) + "\" of topic \"" + printable(reader.topic()) +
                    "\" is unknown, so it is recorded without its definition; --idl names that");
         }
     }
@@ -213,7 +214,7 @@ public:
     void summarise() const
     {
         if (options_.json) {
-            writeLine(toJson().dump());
+            writeJson(toJson());
             return;
         }
         std::vector<std::vector<std::string>> rows{{"TOPIC", "VALUES", "BYTES", "LOST"}};

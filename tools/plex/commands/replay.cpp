@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "../Interrupt.hpp"
 #include "../Output.hpp"
+#include "../Printable.hpp"
 #include "../Progress.hpp"
 #include "../RawWriter.hpp"
 #include "../RecordedChannel.hpp"
@@ -186,7 +187,8 @@ public:
         std::set<std::string> without;
         for (const auto& [key, publisher] : publishers_) {
             if (publisher->matched() == 0 && without.insert(publisher->topic()).second && !isInterrupted()) {
-                remark("nobody listens to topic \"" + publisher->topic() + "\"" + publisher->refusals());
+                remark("nobody listens to topic \"" + printable(publisher->topic()) + "\"" +
+                       publisher->refusals());
             }
         }
         if (without.size() < publishers_.size()) {
@@ -220,13 +222,12 @@ public:
             topics.insert(channel.topic);
         }
         if (options_.json) {
-            writeLine(Json{{"file", options_.file},
+            writeJson(Json{{"file", options_.file},
                            {"seconds", seconds},
                            {"values", published_},
                            {"topics", topics},
                            {"undecodable", undecodable_},
-                           {"acknowledged", isAcknowledged_}}
-                          .dump());
+                           {"acknowledged", isAcknowledged_}});
         } else {
             remark("published " + counted(published_, "value") + " of " + counted(topics.size(), "topic") +
                    " in " + inSeconds(seconds) +
@@ -277,7 +278,8 @@ private:
             channels_[channel.id] = {renamed == renamings_.end() ? channel.topic : renamed->second,
                                      replayableOf(channel, found, options_.types), nullptr};
         } catch (const Failure& failure) {
-            reasons.insert("topic \"" + channel.topic + "\" can not be replayed: " + failure.what());
+            reasons.insert("topic \"" + printable(channel.topic) +
+                           "\" can not be replayed: " + failure.what());
         }
     }
 
