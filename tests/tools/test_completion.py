@@ -9,6 +9,7 @@ import os
 import pathlib
 import re
 import subprocess
+import tempfile
 import unittest
 
 from test_plex import PATIENCE, PROGRAMS, PlexTest, run
@@ -100,6 +101,17 @@ class Completion(PlexTest):
         self.assertEqual(self.bash("plex", "hz", "-d", self.domain, "other", topic[:4]), [topic])
         self.assertEqual(self.bash("plex", "pub", "-d", self.domain, topic, topic[:4]), [])
         self.assertEqual(self.fish(f"plex echo -d {self.domain} {topic[:4]}"), [topic])
+
+    def test_names_of_topics_are_not_carried_out(self):
+        with tempfile.TemporaryDirectory() as folder:
+            plain, *hostile = (self.topic(name) for name in ("a", f"a$(touch {folder}/x)", f"a`touch {folder}/x`",
+                                                             f"a;touch {folder}/x", "a b", "a\x1b[2J", "a\nb", "a'"))
+            for topic in (plain, *hostile, "-n"):
+                self.bare("write", topic)
+            self.assertEqual(self.bash("plex", "echo", "-d", self.domain, plain), [plain])
+            self.assertNotIn("-n", run("complete-topics", "-d", self.domain)[0].splitlines())
+            self.assertEqual(self.fish(f"plex echo -d {self.domain} {plain}"), [plain])
+            self.assertEqual(os.listdir(folder), [])
 
     def test_zsh_knows_whom_it_completes(self):
         output = shell("zsh", f"autoload -U compinit; compinit -D; source {script('zsh')}; print $_comps[plex]")

@@ -119,11 +119,13 @@ constexpr const char* bashTemplate = R"bash(# bash completion for plex
 
 # Topics of the domain that the command line names.
 _plex_topics() {
-    local domain=0 i
+    local domain=0 i topic
     for ((i = 1; i < COMP_CWORD - 1; i++)); do
         case ${COMP_WORDS[i]} in -d | --domain) domain=${COMP_WORDS[i + 1]} ;; esac
     done
-    mapfile -t COMPREPLY < <(compgen -W "$(@TOPICS@ -d "$domain" 2>/dev/null)" -- "$current")
+    while IFS= read -r topic; do # compgen would carry out what stands in a name
+        [[ $topic != "$current"* ]] || COMPREPLY+=("$topic")
+    done < <(@TOPICS@ -d "$domain" 2>/dev/null)
 }
 
 # How many arguments without a name stand behind the command: _plex_position OPTIONS-WITH-ARGUMENT

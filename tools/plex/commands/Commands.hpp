@@ -72,7 +72,8 @@ struct TopOptions : CommonOptions {
 
 ExitCode top(const TopOptions& options);
 
-/// The names of topics, for the completion of shells.
+/// The names of topics, for the completion of shells. Those that would be more than a word there are left
+/// out.
 ExitCode completeTopics(const CommonOptions& options);
 
 /// Publishes values.

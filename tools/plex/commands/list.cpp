@@ -6,7 +6,9 @@
 #include "../Words.hpp"
 #include "Commands.hpp"
 
+#include <algorithm>
 #include <set>
+#include <string_view>
 
 namespace ovra::plex::tool
 {
@@ -85,6 +87,19 @@ void showTopic(const Scene& scene, const std::string& topic)
     }
 }
 
+/// Whether a shell takes a name for a word, and for nothing else: anybody on the network may name a topic.
+bool isWordOfShell(const std::string& name)
+{
+    constexpr std::string_view others = "_-.:/+%@,";
+    const auto isHarmless = [&](char c) {
+        const bool isLetter =
+            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || static_cast<unsigned char>(c) >= 0x80;
+        return isLetter || (c >= '0' && c <= '9') || others.find(c) != std::string_view::npos;
+    };
+    return !name.empty() && !name.starts_with('-') && name == printable(name) &&
+           std::ranges::all_of(name, isHarmless);
+}
+
 } // namespace
 
 ExitCode list(const ListOptions& options)
@@ -115,7 +130,9 @@ ExitCode completeTopics(const CommonOptions& options)
     Domain domain(options.domain, "plex complete-topics");
     domain.settle();
     for (const auto& topic : domain.scene().topics()) {
-        writeLine(topic);
+        if (isWordOfShell(topic)) {
+            writeLine(topic);
+        }
     }
     return ExitCode::Done;
 }
