@@ -30,6 +30,23 @@ struct Command {
     bool isHidden = false; ///< it is for programs
 };
 
+/// A number of seconds or the like: "nan" is none, which CLI11 takes for one within any limits.
+CLI::Validator numberWithin(double least, double most)
+{
+    std::ostringstream limits;
+    limits << "from " << least << " to " << most;
+    return {[least, most, limits = limits.str()](const std::string& text) {
+                double number = 0.0;
+                const bool isWithin =
+                    CLI::detail::lexical_cast(text, number) && number >= least && number <= most;
+                return isWithin ? std::string() : "\"" + text + "\" is no number " + limits;
+            },
+            limits.str()};
+}
+
+constexpr double longest = 1e9;     // seconds: 30 years
+constexpr double mostValues = 1e18; // which a number of 64 bits can count
+
 void addDomain(CLI::App& app, CommonOptions& options)
 {
     app.add_option("-d,--domain", options.domain, "The DDS domain")
@@ -105,7 +122,7 @@ Action addInfo(CLI::App& app)
     addCommon(app, *options);
     app.add_option("--duration", options->duration,
                    "Count for so many seconds what writers send; 0: not at all")
-        ->check(CLI::Range(0.0, 86400.0))
+        ->check(numberWithin(0.0, 86400.0))
         ->type_name("SECONDS")
         ->capture_default_str();
     return [options] {
@@ -119,7 +136,7 @@ Action addEcho(CLI::App& app)
     addTopic(app, options->topic);
     addCommon(app, *options);
     app.add_option("-n,--count", options->count, "End after so many values")
-        ->check(CLI::PositiveNumber)
+        ->check(numberWithin(1.0, mostValues))
         ->type_name("NUMBER");
     app.add_flag_callback(
            "--once", [options] { options->count = 1; }, "End after one value")
@@ -147,11 +164,11 @@ Action addMeasuring(CLI::App& app)
     app.add_option("TOPIC", options->topics, "The names of topics")->required();
     addCommon(app, *options);
     app.add_option("--interval", options->interval, "Between two reports, in seconds")
-        ->check(CLI::Range(0.01, 86400.0))
+        ->check(numberWithin(0.01, 86400.0))
         ->type_name("SECONDS")
         ->capture_default_str();
     app.add_option("--duration", options->duration, "End after so many seconds")
-        ->check(CLI::PositiveNumber)
+        ->check(numberWithin(0.001, longest))
         ->type_name("SECONDS");
     return [options] {
         return measureThem(*options);
@@ -170,13 +187,13 @@ Action addPub(CLI::App& app)
         ->required();
     addCommon(app, *options);
     app.add_option("--rate", options->rate, "Publish so many values a second, until interrupted")
-        ->check(CLI::Range(0.001, 100000.0))
+        ->check(numberWithin(0.001, 100000.0))
         ->type_name("NUMBER");
     app.add_option("-n,--count", options->count, "End after so many values")
-        ->check(CLI::PositiveNumber)
+        ->check(numberWithin(1.0, mostValues))
         ->type_name("NUMBER");
     app.add_option("--wait", options->wait, "Wait so many seconds for readers; 0: not at all")
-        ->check(CLI::NonNegativeNumber)
+        ->check(numberWithin(0.0, longest))
         ->type_name("SECONDS")
         ->capture_default_str();
     app.add_option("--representation", options->representation,
@@ -253,10 +270,10 @@ Action addRecord(CLI::App& app)
         ->type_name("WORD")
         ->capture_default_str();
     app.add_option("--duration", options->duration, "End after so many seconds")
-        ->check(CLI::PositiveNumber)
+        ->check(numberWithin(0.001, longest))
         ->type_name("SECONDS");
     app.add_option("-n,--count", options->count, "End after so many values")
-        ->check(CLI::PositiveNumber)
+        ->check(numberWithin(1.0, mostValues))
         ->type_name("NUMBER");
     addTypes(app, options->types);
     app.remove_option(app.get_option("--type")); // there are many topics
@@ -272,7 +289,7 @@ Action addReplay(CLI::App& app)
     addCommon(app, *options);
     app.add_option("--speed", options->speed,
                    "So many times as fast as it was recorded; 0: without waiting between values")
-        ->check(CLI::Range(0.0, 1e6))
+        ->check(numberWithin(0.0, 1e6))
         ->type_name("NUMBER")
         ->capture_default_str();
     app.add_flag("--loop", options->loop, "Begin again after the last value, until interrupted");
@@ -283,7 +300,7 @@ Action addReplay(CLI::App& app)
         ->type_name("OLD=NEW")
         ->allow_extra_args(false);
     app.add_option("--wait", options->wait, "Wait so many seconds for readers; 0: not at all")
-        ->check(CLI::NonNegativeNumber)
+        ->check(numberWithin(0.0, longest))
         ->type_name("SECONDS")
         ->capture_default_str();
     addTypes(app, options->types);
