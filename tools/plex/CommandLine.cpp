@@ -443,7 +443,10 @@ int runCommandLine(int argc, const char* const* argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? static_cast<int>(ExitCode::Done) : static_cast<int>(ExitCode::Usage);
+        std::ostringstream output;
+        const bool isAnswer = app.exit(error, output) == 0; // the help, or the version
+        write(output.str());
+        return static_cast<int>(isAnswer ? ExitCode::Done : ExitCode::Usage);
     }
     return static_cast<int>(definition.action());
 }

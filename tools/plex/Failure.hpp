@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -27,5 +28,10 @@ public:
 private:
     ExitCode code_;
 };
+
+/// Runs a command, and says in a remark why it fails, if it does.
+/// @param command returns the exit code, or throws what it likes.
+/// @returns the exit code.
+int exitCodeOf(const std::function<int()>& command);
 
 } // namespace ovra::plex::tool

@@ -27,6 +27,10 @@ void installInterrupt()
     action.sa_flags = static_cast<int>(SA_RESETHAND); // the second one does what it does by default
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    struct sigaction before = {};
+    if (sigaction(SIGHUP, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) { // as with nohup
+        sigaction(SIGHUP, &action, nullptr);
+    }
     action.sa_handler = SIG_IGN; // a pipe without a reader is noticed as it is written to
     sigaction(SIGPIPE, &action, nullptr);
     sigaction(SIGXFSZ, &action, nullptr); // as is a file that may not grow

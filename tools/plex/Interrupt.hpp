@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a command is asked to end: Ctrl-C, or SIGTERM. The first one lets it finish with its summary, a second
-// one ends the process at once.
+// How a command is asked to end: Ctrl-C, SIGTERM, or SIGHUP, as the terminal closes. The first one lets it
+// finish with its summary, a second one ends the process at once.
 #pragma once
 
 #include <chrono>

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <poll.h>
@@ -105,6 +106,16 @@ std::string printableLine(std::string_view line)
 }
 
 } // namespace
+
+void holdStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            // The lowest number that is free. As with what is closed, reading or writing fails.
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
 
 void writeLine(std::string_view line)
 {

@@ -16,6 +16,10 @@ struct OutputClosed {
 
 enum class Colour { Plain, Bold, Dim, Red, Green, Yellow };
 
+/// Takes the places of standard input, output and error output that are closed, as with `plex list >&-`: else
+/// the next file or socket that is opened gets what is written there. To be called first.
+void holdStandardDescriptors();
+
 /// Writes a line, with its end, at once. Names and values may hold anything, so that of what a terminal obeys
 /// only colours get through, and ends of lines and tabs: see printable().
 /// @throws OutputClosed; Failure where it can not be written, as on a full disk.
