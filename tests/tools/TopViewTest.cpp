@@ -14,6 +14,7 @@ using namespace ovra::plex::tool;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 /// Two topics, of which one has a refused pair.
 class TopView : public testing::Test
@@ -29,9 +30,9 @@ protected:
     }
 
     /// The lines that are drawn, without blanks at their ends.
-    std::vector<std::string> lines()
+    std::vector<std::string> lines(int width = 130)
     {
-        auto screen = drawn();
+        auto screen = drawn(width);
         std::vector<std::string> result;
         for (int y = 0; y < screen.dimy(); ++y) {
             std::string line;
@@ -44,10 +45,10 @@ protected:
         return result;
     }
 
-    ftxui::Screen drawn()
+    ftxui::Screen drawn(int width = 130)
     {
-        auto screen = ftxui::Screen::Create(ftxui::Dimension::Fixed(130), ftxui::Dimension::Fixed(8));
-        ftxui::Render(screen, draw(state));
+        auto screen = ftxui::Screen::Create(ftxui::Dimension::Fixed(width), ftxui::Dimension::Fixed(8));
+        ftxui::Render(screen, draw(state, width));
         return screen;
     }
 
@@ -138,6 +139,40 @@ TEST_F(TopView, ShowsTheLatestValuesOfTheOpenTopic)
                                      "alt=16", "alt=17", "alt=18", "alt=19", "escape: back   q: quit"));
     state.remark = "type unknown";
     EXPECT_EQ(lines().at(2), "type unknown");
+}
+
+TEST_F(TopView, LeavesOutColumnsThatHaveNoRoom)
+{
+    EXPECT_EQ(lines(80).at(1),
+              "TOPIC                  VALUES/S     BYTES/S  WRITERS  READERS     LOST  REFUSED");
+    EXPECT_EQ(lines(80).at(3),
+              "dome/temperature            5.0       100 B        1        1        0        1");
+    EXPECT_EQ(lines(40).at(3), "dome/temperature                    5.0");
+    EXPECT_EQ(lines(20).at(3), "dome/temperature");
+    EXPECT_EQ(lines(4).at(3), "dome");
+}
+
+TEST_F(TopView, SaysThatTheOpenTopicHasGone)
+{
+    state.isOpen = true;
+    state.selected = "dome/shutters";
+    state.values = {"name=upper"};
+    EXPECT_THAT(lines(), ElementsAre("dome/shutters", "It has gone.", "name=upper", "", "", "", "",
+                                     "escape: back   q: quit"));
+}
+
+TEST_F(TopView, ShowsNamesAndDoesNotObeyThem)
+{
+    const std::string hostile = "\x1b]0;x\x07\xc2\x9b\xff\n";
+    const std::string shown = "\\u001b]0;x\\u0007\\u009b\\xff\\n";
+    state.topics = {{hostile, hostile, 1, 2, 100.0, 2000.0, 3, {}, {hostile}, true}};
+    EXPECT_THAT(lines().at(2), StartsWith(shown));
+    EXPECT_EQ(lines().at(6), shown);
+    state.isOpen = true;
+    state.selected = hostile;
+    state.values = {hostile};
+    state.remark = hostile;
+    EXPECT_THAT(lines(), ElementsAre(shown, StartsWith(shown), shown, shown, "", "", "", HasSubstr("back")));
 }
 
 TEST_F(TopView, LeavesOutWhatIsNotMeasured)

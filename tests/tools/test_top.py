@@ -7,6 +7,7 @@
 
 import fcntl
 import os
+import pathlib
 import pty
 import re
 import select
@@ -19,7 +20,7 @@ import unittest
 
 import pyte
 
-from test_plex import PATIENCE, PLEX, PlexTest, run
+from test_plex import PATIENCE, PLEX, PROGRAMS, PlexTest, run
 
 ROWS, COLUMNS = 20, 150
 LEAVES = "\033[?1049l"  # the alternative screen
@@ -28,7 +29,8 @@ LEAVES = "\033[?1049l"  # the alternative screen
 class Terminal:
     """A program in a terminal of its own, and what the terminal shows."""
 
-    def __init__(self, *arguments, columns=COLUMNS):
+    def __init__(self, *arguments, columns=COLUMNS, last=signal.SIGTERM):
+        self.last = last
         self.screen = pyte.Screen(columns, ROWS)
         self.stream = pyte.Stream(self.screen)
         self.written = ""
@@ -45,10 +47,10 @@ class Terminal:
 
     def __exit__(self, *_):
         if self.process.poll() is None:
-            self.process.terminate()
+            self.process.send_signal(self.last)
             self.end()
         self.process.stderr.close()
-        os.close(self.ours)
+        self.hang_up()
         os.close(self.theirs)
 
     def read(self, seconds):
@@ -65,6 +67,16 @@ class Terminal:
                 raise AssertionError("it does not come:\n" + "\n".join(self.screen.display))
             self.read(0.1)
         return found
+
+    def resize(self, rows, columns):
+        fcntl.ioctl(self.ours, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
+        self.screen.resize(rows, columns)
+
+    def hang_up(self):
+        """The window of the terminal is closed."""
+        if self.ours is not None:
+            os.close(self.ours)
+            self.ours = None
 
     def press(self, keys):
         os.write(self.ours, keys.encode())
@@ -155,10 +167,102 @@ class Top(PlexTest):
             self.assertEqual(top.end(), 0)
             self.assertTrue(top.is_restored())
 
+    def test_it_ends_with_its_terminal(self):
+        top = self.top()
+        top.wait_for(lambda lines: any(line.startswith("plex top, domain") for line in lines))
+        top.hang_up()
+        self.assertEqual(top.process.wait(PATIENCE), 0)
+
+    def test_a_small_terminal_has_the_names_and_what_fits(self):
+        topic = self.topic()
+        self.bare("write", topic)
+        top = self.enterContext(Terminal(PLEX, "top", "-d", str(self.domain), columns=40))
+        top.wait_for(lambda lines: any(line.startswith(topic[:15]) and line.rstrip().endswith("0.0")
+                                       for line in lines))
+        top.resize(5, 100)
+        shown = topic[:40]
+        head = "TOPIC.*VALUES/S.*BYTES/S.*WRITERS.*READERS.*LOST.*REFUSED"
+        top.wait_for(lambda lines: re.search(head, "\n".join(lines)) and any(shown in line for line in lines))
+        top.resize(1, 1)
+        top.resize(ROWS, COLUMNS)
+        top.wait_for(lambda lines: re.search(head, "\n".join(lines)) and any(shown in line for line in lines))
+        top.press("q")
+        self.assertEqual(top.end(), 0)
+
+    def test_an_open_topic_may_go_and_come_back(self):
+        topic, other = self.topic(), self.topic("another")  # which comes before it
+        self.bare("write", other)
+        writer = self.bare("write", topic)
+        top = self.top()
+        top.wait_for(lambda lines: any(line.startswith(topic) for line in lines) and
+                     any(line.startswith(other) for line in lines))
+        top.press("\033[B")
+        top.press("\r")
+        top.wait_for(lambda lines: lines[0].startswith(topic) and "values/s" in lines[1])
+        writer.process.stdin.close()
+        writer.process.wait(PATIENCE)
+        top.wait_for(lambda lines: lines[0].startswith(topic) and lines[1].startswith("It has gone."))
+        self.bare("write", topic).say("publish 3000 200")
+        top.wait_for(lambda lines: lines[0].startswith(topic) and "values/s" in lines[1] and
+                     any(line.startswith("alt=") for line in lines))
+        top.press("\033")
+        top.wait_for(lambda lines: any(line.startswith(other) for line in lines))
+        top.press("q")
+        self.assertEqual((top.end(), top.process.stderr.read()), (0, b""))
+
+    def test_names_are_shown_and_not_obeyed(self):
+        topic = self.topic("\x1b]0;owned\x07")
+        self.bare("write", topic, "best-effort", "\x1b]0;part\x07")
+        self.bare("read", topic)
+        top = self.enterContext(Terminal(PLEX, "top", "-d", str(self.domain), columns=200))
+        top.wait_for(lambda lines: any(line.startswith(self.topic("\\u001b]0;owned\\u0007")) for line in lines) and
+                     any("\\u001b]0;part\\u0007" in line for line in lines))
+        top.press("\r")
+        top.wait_for(lambda lines: lines[0].startswith(self.topic("\\u001b]0;owned\\u0007")))
+        self.assertNotIn("\x1b]", top.written)
+
+    def test_what_it_keeps_of_an_open_topic_has_a_bound(self):
+        topic = self.topic()
+        writer = self.bare("write", topic)
+        top = self.top()
+        top.wait_for(lambda lines: any(line.startswith(topic) for line in lines))
+        top.press("\r")
+
+        def held():
+            status = pathlib.Path(f"/proc/{top.process.pid}/status").read_text(encoding="ascii")
+            return int(re.search(r"VmRSS:\s*(\d+) kB", status)[1])
+
+        def publish(count):
+            """Values that go by; returns the memory once the last one is on the screen."""
+            writer.say(f"publish {count} 4000")
+            top.wait_for(lambda lines: any(line.startswith(f"alt={count - 1}.0 ") for line in lines))
+            self.assertTrue(writer.line().startswith("published"))
+            return held()
+
+        before = publish(4000)
+        after = publish(40000)
+        self.assertLess(after, before + 4000)  # kB: a tenth of what the values would take
+
     def test_without_a_terminal_it_names_another_way(self):
         output, errors, code = run("top", "-d", self.domain)
         self.assertEqual((output, code), ("", 2))
         self.assertIn("plex hz", errors)
+
+
+class Failing(unittest.TestCase):
+    """The screen, with a content that fails when it is told to."""
+
+    def test_a_failure_restores_the_terminal_and_is_said(self):
+        for key, complaint, code in (("u", "it fails at u", 3), ("d", "it fails at d", 3), ("o", "it fails at o", 3),
+                                     ("x", "something else", 1)):
+            with Terminal(str(PROGRAMS / "tools-screen")) as screen:
+                screen.wait_for(lambda lines: any(line.startswith("none") for line in lines))
+                screen.press("k")
+                screen.wait_for(lambda lines: any(line.startswith("k ") for line in lines))
+                screen.press(key)
+                self.assertEqual(screen.end(), code)
+                self.assertTrue(screen.is_restored())
+                self.assertEqual(screen.process.stderr.read().decode(), f"plex: {complaint}\n")
 
 
 if __name__ == "__main__":

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "TopView.hpp"
 
+#include "Printable.hpp"
 #include "Words.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <functional>
+#include <span>
 #include <utility>
 
 namespace ovra::plex::tool
@@ -72,23 +74,39 @@ Element cellOf(const std::string& text, int width)
            ftxui::size(ftxui::WIDTH, ftxui::EQUAL, width + 1);
 }
 
+using Columns = std::span<const Column>;
+
+/// The first columns: as many as leave some room for names.
+Columns columnsWithin(int width)
+{
+    constexpr int narrowestName = 20;
+    std::size_t count = 0;
+    for (int taken = narrowestName; count < columns().size(); ++count) {
+        taken += columns().at(count).width + 1;
+        if (taken > width) {
+            break;
+        }
+    }
+    return Columns(columns()).first(count);
+}
+
 /// A row of the table. The name takes what room there is.
-Element rowOf(Element name, const std::function<Element(const Column&)>& cell)
+Element rowOf(Element name, Columns columns, const std::function<Element(const Column&)>& cell)
 {
     Elements cells{std::move(name) | ftxui::xflex_grow | ftxui::xflex_shrink};
-    for (const auto& column : columns()) {
+    for (const auto& column : columns) {
         cells.push_back(cell(column));
     }
     return ftxui::hbox(std::move(cells));
 }
 
-Element headOf(TopOrder order)
+Element headOf(Columns columns, TopOrder order)
 {
     const auto marked = [&](const char* text, std::optional<TopOrder> own) {
         auto element = ftxui::text(text);
         return own == order ? element | ftxui::underlined : element;
     };
-    return rowOf(marked("TOPIC", TopOrder::Name),
+    return rowOf(marked("TOPIC", TopOrder::Name), columns,
                  [&](const Column& column) {
                      return ftxui::hbox(
                                 {ftxui::filler(), marked(column.head, column.order), ftxui::text(" ")}) |
@@ -97,9 +115,9 @@ Element headOf(TopOrder order)
            ftxui::bold;
 }
 
-Element rowOf(const TopTopic& topic, bool isSelected)
+Element rowOf(const TopTopic& topic, Columns columns, bool isSelected)
 {
-    auto row = rowOf(ftxui::text(topic.name),
+    auto row = rowOf(ftxui::text(printable(topic.name)), columns,
                      [&](const Column& column) { return cellOf(column.cell(topic), column.width); });
     if (!topic.refusals.empty()) {
         row = row | ftxui::color(ftxui::Color::Red);
@@ -123,19 +141,20 @@ Elements refusalsOf(const TopTopic& topic)
             lines.push_back(ftxui::text("…"));
             break;
         }
-        lines.push_back(ftxui::paragraph(refusal) | ftxui::color(ftxui::Color::Red));
+        lines.push_back(ftxui::paragraph(printable(refusal)) | ftxui::color(ftxui::Color::Red));
     }
     return lines;
 }
 
-Element table(const TopState& state)
+Element table(const TopState& state, int width)
 {
+    const auto columns = columnsWithin(width);
     const auto selected = selectedTopic(state);
     Elements rows;
     for (std::size_t i = 0; i < state.topics.size(); ++i) {
-        rows.push_back(rowOf(state.topics[i], i == selected));
+        rows.push_back(rowOf(state.topics[i], columns, i == selected));
     }
-    Elements parts{title(state), headOf(state.order),
+    Elements parts{title(state), headOf(columns, state.order),
                    ftxui::vbox(std::move(rows)) | ftxui::yframe | ftxui::yflex};
     if (selected) {
         std::ranges::move(refusalsOf(state.topics[*selected]), std::back_inserter(parts));
@@ -146,22 +165,28 @@ Element table(const TopState& state)
     return ftxui::vbox(std::move(parts));
 }
 
+/// What is known of the open topic now.
+std::string figuresOf(const TopState& state)
+{
+    const auto topic = std::ranges::find(state.topics, state.selected, &TopTopic::name);
+    return topic == state.topics.end()
+               ? "It has gone."
+               : printable(topic->type) + ", " + fixed(topic->rate, 1) + " values/s, " +
+                     inBytes(topic->bytes) + "/s, " + std::to_string(topic->lost) + " lost";
+}
+
 Element values(const TopState& state)
 {
-    const auto selected = selectedTopic(state);
-    const TopTopic topic = selected ? state.topics[*selected] : TopTopic();
     Elements lines;
     for (const auto& value : state.values) {
-        lines.push_back(ftxui::text(value));
+        lines.push_back(ftxui::text(printable(value)));
     }
     if (!lines.empty()) {
         lines.back() = lines.back() | ftxui::focus;
     }
-    Elements parts{ftxui::text(topic.name) | ftxui::bold,
-                   ftxui::text(topic.type + ", " + fixed(topic.rate, 1) + " values/s, " +
-                               inBytes(topic.bytes) + "/s, " + std::to_string(topic.lost) + " lost")};
+    Elements parts{ftxui::text(printable(state.selected)) | ftxui::bold, ftxui::text(figuresOf(state))};
     if (!state.remark.empty()) {
-        parts.push_back(ftxui::paragraph(state.remark) | ftxui::color(ftxui::Color::Yellow));
+        parts.push_back(ftxui::paragraph(printable(state.remark)) | ftxui::color(ftxui::Color::Yellow));
     }
     parts.push_back(ftxui::vbox(std::move(lines)) | ftxui::yframe | ftxui::yflex);
     parts.push_back(ftxui::text("escape: back   q: quit") | ftxui::dim);
@@ -227,9 +252,9 @@ std::string sparkline(const std::vector<double>& numbers)
     return text;
 }
 
-Element draw(const TopState& state)
+Element draw(const TopState& state, int width)
 {
-    return state.isOpen ? values(state) : table(state);
+    return state.isOpen ? values(state) : table(state, width);
 }
 
 } // namespace ovra::plex::tool

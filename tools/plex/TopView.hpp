@@ -54,6 +54,7 @@ void moveSelection(TopState& state, int places);
 /// Numbers as bars of eight heights, relative to the greatest.
 std::string sparkline(const std::vector<double>& numbers);
 
-ftxui::Element draw(const TopState& state);
+/// @param width of the terminal, in characters: of the table's columns there are as many as have room.
+ftxui::Element draw(const TopState& state, int width);
 
 } // namespace ovra::plex::tool

@@ -1,24 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "../Description.hpp"
-#include "../Interrupt.hpp"
+#include "../LastValues.hpp"
 #include "../Losses.hpp"
-#include "../Output.hpp"
 #include "../Pairs.hpp"
 #include "../Text.hpp"
-#include "../TopView.hpp"
+#include "../TopScreen.hpp"
 #include "../Words.hpp"
 #include "Commands.hpp"
 
 #include <algorithm>
 #include <chrono>
 #include <deque>
-#include <ftxui/component/component.hpp>
-#include <ftxui/component/event.hpp>
-#include <ftxui/component/loop.hpp>
-#include <ftxui/component/screen_interactive.hpp>
 #include <map>
 #include <memory>
-#include <thread>
+#include <optional>
+#include <span>
 #include <unistd.h>
 #include <utility>
 
@@ -30,11 +26,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t mostMeasured = 200;        ///< topics, each with a reader
-constexpr std::size_t mostKept = 100;            ///< values of the open topic
-constexpr std::size_t mostKeptBytes = 4'000'000; ///< likewise
-constexpr std::size_t longestLine = 1000;        ///< characters
-constexpr std::chrono::milliseconds drawingInterval{250};
+constexpr std::size_t mostMeasured = 200; ///< topics, each with a reader
 
 /// A topic that has writers: what comes of it.
 class Watched
@@ -86,7 +78,7 @@ private:
     double bytes_ = 0.0;
 };
 
-/// The last values of the topic that is open.
+/// The topic that is open, and its last values.
 class OpenTopic
 {
 public:
@@ -111,28 +103,10 @@ public:
 
     const std::string& remark() const { return remark_; }
 
-    void keep(const std::vector<std::uint8_t>& payload)
-    {
-        payloads_.push_back(payload);
-        bytes_ += payload.size();
-        while (payloads_.size() > mostKept || (bytes_ > mostKeptBytes && payloads_.size() > 1)) {
-            bytes_ -= payloads_.front().size();
-            payloads_.pop_front();
-        }
-    }
-
-    std::vector<std::string> lines() const
-    {
-        std::vector<std::string> lines;
-        lines.reserve(payloads_.size());
-        for (const auto& payload : payloads_) {
-            lines.push_back(line(payload).substr(0, longestLine));
-        }
-        return lines;
-    }
+    LastValues& values() { return values_; }
 
 private:
-    std::string line(const std::vector<std::uint8_t>& payload) const
+    std::string inWords(const LastValues::Payload& payload) const
     {
         std::string fault;
         if (type_) {
@@ -143,14 +117,17 @@ private:
                 fault = std::string("not decodable: ") + error.what() + "; ";
             }
         }
-        return fault + counted(payload.size(), "byte") + ": " + inHexadecimal(payload);
+        const auto shown = std::min(payload.size(), LastValues::longestLine / 2);
+        return fault + counted(payload.size(), "byte") + ": " +
+               inHexadecimal(std::span(payload).first(shown));
     }
 
     RawReader& reader_;
     std::optional<KnownType> type_;
     std::string remark_;
-    std::deque<std::vector<std::uint8_t>> payloads_;
-    std::size_t bytes_ = 0;
+    LastValues values_{[this](const auto& payload) {
+        return inWords(payload);
+    }};
 };
 
 /// What is known, kept up to date.
@@ -162,14 +139,20 @@ public:
         state_.domain = options.domain;
     }
 
-    const TopState& state() const { return state_; }
+    const TopState& state()
+    {
+        if (open_) {
+            state_.values = open_->values().lines();
+        }
+        return state_;
+    }
 
     /// Takes what has come, and each second counts anew.
     void update()
     {
         for (auto& [name, watched] : watched_) {
             if (open_ && name == state_.selected) {
-                watched->take([&](const auto& payload) { open_->keep(payload); });
+                watched->take([&](const auto& payload) { open_->values().add(payload); });
             } else {
                 watched->take({});
             }
@@ -181,9 +164,6 @@ public:
                 watched->turn(seconds);
             }
             refresh();
-        }
-        if (open_) {
-            state_.values = open_->lines();
         }
     }
 
@@ -220,17 +200,24 @@ private:
     void refresh()
     {
         const Scene scene = domain_.scene();
+        std::erase_if(watched_, [&](const auto& entry) {
+            return !isThere(scene, *entry.second) && !(open_ && entry.first == state_.selected);
+        });
         std::vector<TopTopic> topics;
         for (const auto& name : scene.topics()) {
             topics.push_back(describe(scene, name));
         }
-        std::erase_if(watched_, [&](const auto& entry) {
-            return std::ranges::find(topics, entry.first, &TopTopic::name) == topics.end() &&
-                   !(open_ && entry.first == state_.selected);
-        });
         state_.participants = scene.participants.size();
         state_.topics = std::move(topics);
         sort(state_);
+    }
+
+    /// Whether the topic is still announced, with the type that its reader has.
+    static bool isThere(const Scene& scene, Watched& watched)
+    {
+        return std::ranges::any_of(scene.endpoints, [&](const auto& endpoint) {
+            return endpoint.topic == watched.reader().topic() && endpoint.type == watched.reader().type();
+        });
     }
 
     TopTopic describe(const Scene& scene, const std::string& name)
@@ -322,26 +309,10 @@ ExitCode top(const TopOptions& options)
 {
     requireTerminal();
     Top top(options);
-    auto screen = ftxui::ScreenInteractive::Fullscreen();
-    screen.TrackMouse(false);
-    const auto component = ftxui::Renderer([&] { return draw(top.state()); }) |
-                           ftxui::CatchEvent([&](const ftxui::Event& event) {
-                               if (event == ftxui::Event::Character('q')) {
-                                   screen.Exit();
-                                   return true;
-                               }
-                               return top.obey(event);
-                           });
-    ftxui::Loop loop(&screen, component); // restores the terminal as it goes, and at Ctrl-C and SIGTERM
-    for (auto drawn = Clock::time_point(); !loop.HasQuitted() && !isInterrupted();) {
-        top.update();
-        if (Clock::now() - drawn >= drawingInterval) {
-            drawn = Clock::now();
-            screen.PostEvent(ftxui::Event::Custom);
-        }
-        loop.RunOnce();
-        std::this_thread::sleep_for(longestWait);
-    }
+    showOnScreen({[&] { top.update(); }, [&]() -> const TopState& { return top.state(); },
+                  [&](const ftxui::Event& event) {
+                      return top.obey(event);
+                  }});
     return ExitCode::Done;
 }
 
