@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <fcntl.h>
 #include <iostream>
@@ -22,14 +23,26 @@ namespace ovra::plex::tool
 namespace
 {
 
+/// Waits until a piece can be written without waiting.
+void waitForRoom()
+{
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    while (poll(&output, 1, static_cast<int>(longestWait.count())) <= 0) {
+        if (isInterrupted()) {
+            throw OutputClosed(); // nobody reads it now
+        }
+    }
+}
+
 void writeAll(std::string_view text)
 {
     while (!text.empty()) {
-        const auto count = ::write(STDOUT_FILENO, text.data(), text.size());
+        waitForRoom(); // a pipe that has some has it for PIPE_BUF bytes
+        const auto count = ::write(STDOUT_FILENO, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
         if (count >= 0) {
             text.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno == EPIPE || (errno == EINTR && isInterrupted())) {
-            throw OutputClosed(); // nobody reads it, or nobody does so now
+        } else if (errno == EPIPE) {
+            throw OutputClosed();
         } else if (errno != EINTR) {
             throw Failure(ExitCode::Failed,
                           "cannot write to the standard output: " + std::generic_category().message(errno));
