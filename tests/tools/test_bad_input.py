@@ -132,6 +132,12 @@ class Names(PlexTest):
             self.expect_text((output + errors).encode())
             self.assertIn("published 10 values", errors)
 
+    def test_those_that_dds_would_cut_off_are_refused(self):
+        for name, code in (("", 2), ("x" * 255, 0), ("x" * 256, 2)):
+            _, errors, found = self.run_plex("pub", name, TYPE, "{}", "--wait", 0)
+            self.assertEqual(found, code, errors)
+            self.assertIn("published 1 value" if code == 0 else "the name of a topic has 1 to 255 bytes", errors)
+
 
 class Numbers(unittest.TestCase):
     """Numbers of the command line that make no sense."""
