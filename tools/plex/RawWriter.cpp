@@ -61,16 +61,6 @@ dds::DataWriterQos writerQos(const std::vector<fastdds::AnnouncedEndpoint>& read
     return qos;
 }
 
-/// Fast DDS would cut a longer name off, and so publish another topic.
-void requireName(const std::string& topic)
-{
-    constexpr std::size_t longest = 255; // bytes
-    if (topic.empty() || topic.size() > longest) {
-        throw Failure(ExitCode::Usage, "the name of a topic has 1 to " + std::to_string(longest) +
-                                           " bytes; \"" + topic + "\" has " + std::to_string(topic.size()));
-    }
-}
-
 /// The participant's topic. @returns null when DDS refuses, also where it has one of that name and another
 /// type.
 dds::Topic* topicOf(dds::DomainParticipant& participant, const std::string& name, const std::string& type)
@@ -95,11 +85,20 @@ dds::PublisherQos publisherQos(const std::vector<fastdds::AnnouncedEndpoint>& re
 
 } // namespace
 
+void requireTopicName(const std::string& topic)
+{
+    constexpr std::size_t longest = 255; // bytes
+    if (topic.empty() || topic.size() > longest) {
+        throw Failure(ExitCode::Usage, "the name of a topic has 1 to " + std::to_string(longest) +
+                                           " bytes; \"" + topic + "\" has " + std::to_string(topic.size()));
+    }
+}
+
 RawWriter::RawWriter(Domain& domain, const std::string& topic, const Type& type,
                      const std::vector<fastdds::AnnouncedEndpoint>& readers)
     : domain_(domain)
 {
-    requireName(topic);
+    requireTopicName(topic);
     auto& participant = domain.participant();
     dds::TypeSupport(new RawType(type.name, type.keyed, true)).register_type(&participant);
     auto* const made = topicOf(participant, topic, type.name);

@@ -55,4 +55,8 @@ private:
     dds::DataWriter* writer_; ///< the participant's
 };
 
+/// Refuses names that no topic has: Fast DDS would cut a longer one off, and so publish another topic.
+/// @throws Failure.
+void requireTopicName(const std::string& topic);
+
 } // namespace ovra::plex::tool

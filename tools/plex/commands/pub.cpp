@@ -223,6 +223,7 @@ private:
 
 ExitCode pub(const PubOptions& options)
 {
+    requireTopicName(options.topic);
     const KnownType type = typeOf(options);
     const bool isOneValue = options.value != "-";
     const idl::Datum value = isOneValue ? read(type, options.value) : idl::Datum();
