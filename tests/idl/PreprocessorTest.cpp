@@ -73,6 +73,16 @@ TEST(Macros, StandForWhatTheyAreDefinedAs)
     EXPECT_EQ(toString(model.findConstant("VALUE")->value), "6");
 }
 
+TEST(Macros, MayStandForTextThatLooksLikeAComment)
+{
+    const Model model = modelOf("#define GLOB \"src/*.idl\"\n#define URL \"http://a\" // \"/*\n#define MARK '\"'\n"
+                                "const string FILES = GLOB;\nconst string PAGE = URL;\nconst char C = MARK; /**/");
+    EXPECT_EQ(toString(model.findConstant("FILES")->value), "\"src/*.idl\"");
+    EXPECT_EQ(toString(model.findConstant("PAGE")->value), "\"http://a\"");
+    EXPECT_EQ(toString(model.findConstant("C")->value), "'\"'");
+    EXPECT_THAT(complaintsOf("#if 0\n#error don't /* close\n*/\n#endif"), IsEmpty());
+}
+
 TEST(Macros, ComeFromTheCommandLine)
 {
     ParseOptions options = optionsWith({});

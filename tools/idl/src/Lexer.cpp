@@ -198,11 +198,23 @@ Token Lexer::symbol()
                   isKnown ? nullptr : "a definition has no such character outside of comments");
 }
 
+/// Goes behind a literal in quotation marks; behind its first one only where the line has no other.
+void Lexer::skipQuoted()
+{
+    std::size_t end = position_ + 1;
+    while (end < text_.size() && text_[end] != peek() && isInLine(text_[end])) {
+        end += text_[end] == '\\' && end + 1 < text_.size() && isInLine(text_[end + 1]) ? 2 : 1;
+    }
+    skip(end < text_.size() && text_[end] == peek() ? end + 1 - position_ : 1);
+}
+
 /// All of the line from # on, and of those that a backslash or a comment adds to it.
 Token Lexer::directive()
 {
     while (position_ < text_.size() && peek() != '\n') {
-        if (startsWith("//")) {
+        if (peek() == '"' || peek() == '\'') {
+            skipQuoted();
+        } else if (startsWith("//")) {
             skipWhile(isInLine);
         } else if (startsWith("/*")) {
             const std::size_t end = text_.find("*/", position_ + 2);

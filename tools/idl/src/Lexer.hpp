@@ -30,6 +30,7 @@ private:
     void skip(std::size_t bytes);
     void skipWhile(bool (*holds)(char));
     void skipSpace();
+    void skipQuoted();
     Token next();
     Token finish(TokenKind kind, const char* fault = nullptr);
     Token comment();
