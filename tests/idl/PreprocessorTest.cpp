@@ -144,7 +144,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Condition{"1 + 2 * 3 == 7", true}, Condition{"-1 < 0 && ~0 == -1", true},
                     Condition{"1 << 3 != 8", false}, Condition{"(0 || 1) && 0", false},
                     Condition{"0x10 >= 16", true}, Condition{"7 / 2 == 3 && 7 % 4 == 3", true},
-                    Condition{"6 & 3 | 8 ^ 1", true}, Condition{"8 >> 3 <= 0", false}),
+                    Condition{"6 & 3 | 8 ^ 1", true}, Condition{"8 >> 3 <= 0", false},
+                    Condition{"TWO == 2 ? 0 : 1", false}, Condition{"0 ? 0 : TWO ? 1 : 0", true},
+                    Condition{"'a' == 97 && '\\n' == 10", true}, Condition{"0x10UL == 16l && TWO >= 2u", true},
+                    Condition{"MISSING && 1 / MISSING", false}, Condition{"TWO || 1 << 64", true},
+                    Condition{"TWO ? 1 : 1 % 0", true}),
     [](const auto& condition) { return "Number" + std::to_string(condition.index); });
 
 TEST(InactiveText, LeavesOutWhatMakesNoSense)

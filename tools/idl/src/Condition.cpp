@@ -76,6 +76,19 @@ std::int64_t compared(std::string_view name, std::int64_t left, std::int64_t rig
     return static_cast<std::int64_t>(name[0] == '<' ? left < right : left > right);
 }
 
+/// A number; suffixes as of C mean nothing here.
+std::optional<std::uint64_t> numberOf(const Token& token)
+{
+    const std::string_view digits = token.text.substr(0, token.text.find_last_not_of("uUlL") + 1);
+    return token.kind == TokenKind::Integer ? integerOf(digits) : std::nullopt;
+}
+
+std::optional<std::uint64_t> characterOf(const Token& token)
+{
+    const Unquoted unquoted = token.fault == nullptr ? idl::unquoted(token.text) : Unquoted();
+    return unquoted.text.size() == 1 ? std::optional<std::uint64_t>(unquoted.text[0]) : std::nullopt;
+}
+
 class Evaluator
 {
 public:
@@ -83,7 +96,7 @@ public:
 
     bool evaluate()
     {
-        const std::int64_t value = binary(0);
+        const std::int64_t value = choice();
         if (front().kind != TokenKind::End) {
             fail("an operator is missing before \"" + std::string(front().text) + "\"");
         }
@@ -104,18 +117,54 @@ private:
 
     [[noreturn]] void fail(const std::string& message) const { throw Fault{message, front().place}; }
 
+    void deepen()
+    {
+        if (++depth_ > deepest) {
+            fail("the condition is nested too deep");
+        }
+    }
+
+    /// `A ? B : C`, or A alone.
+    std::int64_t choice()
+    {
+        const std::int64_t condition = binary(0);
+        if (!front().is("?")) {
+            return condition;
+        }
+        take();
+        deepen();
+        const std::int64_t first = unless(condition == 0, [this] { return choice(); });
+        if (!take().is(":")) {
+            throw Fault{"\":\" is missing", front().place};
+        }
+        const std::int64_t second = unless(condition != 0, [this] { return choice(); });
+        --depth_;
+        return condition != 0 ? first : second;
+    }
+
+    /// Reads a part, in which nothing can be wrong with values where it does not matter.
+    template <class Reader>
+    std::int64_t unless(bool isDecided, const Reader& read)
+    {
+        ignored_ += isDecided ? 1 : 0;
+        const std::int64_t value = read();
+        ignored_ -= isDecided ? 1 : 0;
+        return value;
+    }
+
     std::int64_t binary(std::size_t level)
     {
         std::int64_t left = unary();
         for (std::size_t found = levelOf(front()); found < levels.size() && found >= level;
              found = levelOf(front())) {
             const Token name = take();
-            left = apply(name, left, binary(found + 1));
+            const bool isDecided = (name.is("&&") && left == 0) || (name.is("||") && left != 0);
+            left = apply(name, left, unless(isDecided, [&] { return binary(found + 1); }));
         }
         return left;
     }
 
-    static std::int64_t apply(const Token& name, std::int64_t left, std::int64_t right)
+    std::int64_t apply(const Token& name, std::int64_t left, std::int64_t right) const
     {
         switch (levelOf(name)) {
         case 0:
@@ -133,17 +182,23 @@ private:
         }
     }
 
-    static std::int64_t shifted(const Token& name, std::int64_t left, std::int64_t right)
+    std::int64_t shifted(const Token& name, std::int64_t left, std::int64_t right) const
     {
         if (right < 0 || right > 63) {
+            if (ignored_ > 0) {
+                return 0;
+            }
             throw Fault{"a shift is by 0 to 63 bits", name.place};
         }
         return name.is("<<") ? static_cast<std::int64_t>(static_cast<std::uint64_t>(left) << right)
                              : left >> right;
     }
 
-    static std::int64_t divided(const Token& name, std::int64_t left, std::int64_t right)
+    std::int64_t divided(const Token& name, std::int64_t left, std::int64_t right) const
     {
+        if (right == 0 && ignored_ > 0) {
+            return 0;
+        }
         if (right == 0) {
             throw Fault{"division by zero", name.place};
         }
@@ -155,9 +210,7 @@ private:
 
     std::int64_t unary()
     {
-        if (++depth_ > deepest) {
-            fail("the condition is nested too deep");
-        }
+        deepen();
         const std::int64_t value = primary();
         --depth_;
         return value;
@@ -176,7 +229,7 @@ private:
             return ~unary();
         }
         if (token.is("(")) {
-            const std::int64_t value = binary(0);
+            const std::int64_t value = choice();
             if (!take().is(")")) {
                 throw Fault{"\")\" is missing", front().place};
             }
@@ -185,7 +238,7 @@ private:
         if (token.isName()) {
             return 0;
         }
-        const auto value = token.kind == TokenKind::Integer ? integerOf(token.text) : std::nullopt;
+        const auto value = token.kind == TokenKind::Character ? characterOf(token) : numberOf(token);
         if (!value) {
             throw Fault{"a number or a name is missing", token.place};
         }
@@ -194,6 +247,7 @@ private:
 
     std::span<const Token> tokens_;
     int depth_ = 0;
+    int ignored_ = 0; ///< how many operators around do not need what is read
 };
 
 } // namespace
