@@ -2,6 +2,7 @@
 #include "Idl.hpp"
 
 #include <Lexer.hpp>
+#include <Literals.hpp>
 
 namespace plex::test
 {
@@ -76,6 +77,17 @@ TEST(Lexer, TakesADirectiveWithTheLinesThatABackslashAdds)
 {
     const std::string text = "a # b\n  #define X \\\n 1 // end\nc";
     EXPECT_THAT(textsOf(text), ElementsAre("a", "#", "b", "#define X \\\n 1 // end", "c", ""));
+}
+
+TEST(Lexer, TakesALiteralWithTheLinesThatABackslashAdds)
+{
+    for (const std::string text : {"\"a\\\nb\" c", "\"a\\\r\nb\" c"}) {
+        const auto tokens = tokensOf(text);
+        EXPECT_EQ(tokens[0].fault, nullptr);
+        EXPECT_EQ(tokens[1].text, "c");
+        EXPECT_EQ(tokens[1].place.line, 2U);
+        EXPECT_EQ(unquoted(tokens[0].text).text, "ab");
+    }
 }
 
 TEST(Lexer, NotesWhatIsNotClosed)

@@ -75,8 +75,9 @@ TEST(Macros, StandForWhatTheyAreDefinedAs)
 
 TEST(Macros, MayStandForTextThatLooksLikeAComment)
 {
-    const Model model = modelOf("#define GLOB \"src/*.idl\"\n#define URL \"http://a\" // \"/*\n#define MARK '\"'\n"
-                                "const string FILES = GLOB;\nconst string PAGE = URL;\nconst char C = MARK; /**/");
+    const Model model =
+        modelOf("#define GLOB \"src/*.idl\"\n#define URL \"http://a\" // \"/*\n#define MARK '\"'\n"
+                "const string FILES = GLOB;\nconst string PAGE = URL;\nconst char C = MARK; /**/");
     EXPECT_EQ(toString(model.findConstant("FILES")->value), "\"src/*.idl\"");
     EXPECT_EQ(toString(model.findConstant("PAGE")->value), "\"http://a\"");
     EXPECT_EQ(toString(model.findConstant("C")->value), "'\"'");
@@ -146,9 +147,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Condition{"0x10 >= 16", true}, Condition{"7 / 2 == 3 && 7 % 4 == 3", true},
                     Condition{"6 & 3 | 8 ^ 1", true}, Condition{"8 >> 3 <= 0", false},
                     Condition{"TWO == 2 ? 0 : 1", false}, Condition{"0 ? 0 : TWO ? 1 : 0", true},
-                    Condition{"'a' == 97 && '\\n' == 10", true}, Condition{"0x10UL == 16l && TWO >= 2u", true},
-                    Condition{"MISSING && 1 / MISSING", false}, Condition{"TWO || 1 << 64", true},
-                    Condition{"TWO ? 1 : 1 % 0", true}),
+                    Condition{"'a' == 97 && '\\n' == 10", true},
+                    Condition{"0x10UL == 16l && TWO >= 2u", true}, Condition{"MISSING && 1 / MISSING", false},
+                    Condition{"TWO || 1 << 64", true}, Condition{"TWO ? 1 : 1 % 0", true}),
     [](const auto& condition) { return "Number" + std::to_string(condition.index); });
 
 TEST(InactiveText, LeavesOutWhatMakesNoSense)

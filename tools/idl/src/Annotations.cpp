@@ -2,6 +2,7 @@
 #include "Annotations.hpp"
 
 #include "Expressions.hpp"
+#include "Keywords.hpp"
 #include "Literals.hpp"
 #include "Text.hpp"
 
@@ -173,6 +174,9 @@ AnnotationList AnnotationList::read(Context& context)
     while (tokens.peek().is("@")) {
         ReadAnnotation annotation;
         annotation.written.location = tokens.take().place;
+        if (isKeyword(tokens.peek().text) && !known().contains(tokens.peek().text)) {
+            tokens.missing("the name of the annotation");
+        }
         annotation.written.name = readScopedName(context, "the name of the annotation").text;
         readParameters(tokens, annotation);
         list.all_.push_back(std::move(annotation));

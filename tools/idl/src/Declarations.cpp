@@ -23,14 +23,14 @@ NamedType* findForward(Context& context, DeclarationTables& tables, const Token&
     return *type;
 }
 
-void declareType(Context& context, NamedType& type, const Token& name)
+bool declareType(Context& context, NamedType& type, const Token& name)
 {
     type.name = name.text;
     type.location = name.place;
     type.module = context.module;
     type.scopedName = scopedNameIn(*context.module, type.name);
     type.included = context.reporter.isIncluded(name.place);
-    declare(context, context.scopes.of(*context.module), {&type, type.name, name.place});
+    return declare(context, context.scopes.of(*context.module), {&type, type.name, name.place});
 }
 
 void finishType(Context& context, NamedType& type, const Token& name, const Beginning& beginning,

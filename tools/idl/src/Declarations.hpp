@@ -8,6 +8,7 @@
 #include "Members.hpp"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -31,8 +32,8 @@ struct DeclarationTables {
 /// The type of a kind that was declared forward under a name; null where there is none.
 NamedType* findForward(Context& context, DeclarationTables& tables, const Token& name, TypeKind kind);
 
-/// Gives a new type its name and makes it known; says so where the name is taken.
-void declareType(Context& context, NamedType& type, const Token& name);
+/// Gives a new type its name and makes it known. @returns false after saying that the name is taken.
+bool declareType(Context& context, NamedType& type, const Token& name);
 
 /// A type under a name that is new, or was declared forward so far. Where the name is taken, that is
 /// reported, and the type goes nowhere.
@@ -65,27 +66,36 @@ bool readForward(Context& context, DeclarationTables& tables, const Token& name)
         return true;
     }
     T& forward = context.builder.make<T>();
-    declareType(context, forward, name);
     context.incomplete.insert(&forward);
-    tables.forward.emplace(&forward, name.place);
+    if (declareType(context, forward, name)) {
+        tables.forward.emplace(&forward, name.place);
+    }
     return true;
 }
 
 /// Reads what stands between braces, and goes on behind what makes no sense. @param what it is, @param begin
-/// of it.
+/// of it. @param first position of its first token, where it can not hold other declarations.
 template <class Reader>
-void readBody(Context& context, const std::string& what, const Location& begin, const Reader& readPart)
+void readBody(Context& context, const std::string& what, const Location& begin,
+              std::optional<std::size_t> first, const Reader& readPart)
 {
     TokenCursor& tokens = context.tokens;
+    const auto hint = [&] {
+        return what + " begins at " + context.reporter.name(begin);
+    };
     while (!tokens.accept("}")) {
         if (tokens.atEnd()) {
-            tokens.missing("\"}\"", what + " begins at " + context.reporter.name(begin));
+            tokens.missing("\"}\"", hint());
         }
-        const std::size_t first = tokens.position();
+        if (first && tokens.isAtNextDeclaration(*first)) {
+            tokens.endBody(hint());
+            return;
+        }
+        const std::size_t part = tokens.position();
         try {
             readPart();
         } catch (const SyntaxError&) {
-            tokens.skipDeclaration(first);
+            tokens.skipDeclaration(part);
         }
     }
 }

@@ -2,6 +2,7 @@
 // Enums, bitmasks and bitsets: what is declared bit by bit or name by name.
 #include "Declarations.hpp"
 #include "Expressions.hpp"
+#include "Keywords.hpp"
 #include "Types.hpp"
 
 #include <limits>
@@ -24,6 +25,22 @@ void refuseEmpty(Context& context, const std::string& what)
     } else {
         context.tokens.missing(what);
     }
+}
+
+/// Takes the comma before a further name. Where another one follows without it, goes on as if it were there.
+bool acceptComma(TokenCursor& tokens)
+{
+    const bool isSemicolon = tokens.peek().is(";");
+    const Token& next = tokens.peek(isSemicolon ? 1 : 0);
+    const bool isName = next.is("@") || (next.isName() && !isKeyword(next.text));
+    if (!isName && !(isSemicolon && next.is("}"))) {
+        return tokens.accept(",");
+    }
+    tokens.reportMissing(R"("," or "}")");
+    if (isSemicolon) {
+        tokens.take();
+    }
+    return isName;
 }
 
 /// Reads names with commas between them, each with annotations. @param what is named, with "a" before it.
@@ -58,7 +75,7 @@ void readNames(Context& context, const std::string& what, Annotated kind, const 
                                           : "write @position(NUMBER) before it");
             throw SyntaxError();
         }
-    } while (tokens.accept(","));
+    } while (acceptComma(tokens));
     if (!tokens.accept("}")) {
         tokens.missing(R"("," or "}")",
                        tokens.atEnd() ? "it begins at " + context.reporter.name(begin.place) : "");
@@ -239,7 +256,7 @@ void readEnum(Context& context, DeclarationTables& tables, const Beginning& begi
     type.bitBound =
         static_cast<std::uint32_t>(beginning.annotations.number(context, "bit_bound", 1, 32).value_or(32));
     const std::size_t brace = context.tokens.position();
-    context.tokens.expect("{");
+    context.tokens.expectOpeningBrace();
     std::unordered_map<std::int64_t, std::string> taken;
     readNames<Enumerator>(context, "an enumerator", Annotated::Enumerator, name,
                           [&](const Enumerator& enumerator, const AnnotationList& annotations) {
@@ -263,7 +280,7 @@ void readBitmask(Context& context, DeclarationTables& tables, const Beginning& b
     type.bitBound =
         static_cast<std::uint32_t>(beginning.annotations.number(context, "bit_bound", 1, 64).value_or(32));
     const std::size_t brace = context.tokens.position();
-    context.tokens.expect("{");
+    context.tokens.expectOpeningBrace();
     std::unordered_map<std::int64_t, std::string> taken;
     readNames<BitFlag>(context, "a flag", Annotated::Flag, name,
                        [&](const BitFlag& flag, const AnnotationList& annotations) {
@@ -290,9 +307,10 @@ void readBitset(Context& context, DeclarationTables& tables, const Beginning& be
         deepen(context, type, *type.base, place);
     }
     const std::size_t brace = tokens.position();
-    tokens.expect("{");
+    tokens.expectOpeningBrace();
     Scope scope;
-    readBody(context, "the bitset", name.place, [&] { readBitFields(context, type, scope); });
+    readBody(context, "the bitset", name.place, beginning.first,
+             [&] { readBitFields(context, type, scope); });
     finishType(context, type, name, beginning, brace);
 }
 

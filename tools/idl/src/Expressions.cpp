@@ -141,7 +141,10 @@ private:
         if (const auto value = integerOf(token.text)) {
             return static_cast<Integer>(*value);
         }
-        fail(token, "this is no number of 64 bits");
+        const bool isDecimal =
+            token.text.starts_with('0') && token.text.find_first_of("89") != std::string::npos;
+        fail(token, isDecimal ? "a number that begins with 0 is octal, with digits from 0 to 7"
+                              : "this is no number of 64 bits");
     }
 
     Operand floating(const Token& token)
@@ -172,8 +175,8 @@ private:
         const bool wide = token.kind == TokenKind::WideCharacter;
         const std::string text = unquotedText(token);
         if (text.empty() || (wide ? characterSize(text) != text.size() : text.size() != 1)) {
-            fail(token, wide || characterSize(text) != text.size() ? "this is not one character"
-                                                                   : "this character takes more than a byte");
+            const bool isOne = !text.empty() && characterSize(text) == text.size();
+            fail(token, isOne ? "this character takes more than a byte" : "this is not one character");
         }
         return CharacterOperand{wide ? firstCharacter(text) : static_cast<unsigned char>(text[0]), wide};
     }

@@ -124,7 +124,11 @@ std::string hintForUnknown(const std::string& name)
         {"false", "FALSE"},
         {"optional", "@optional before the member"}};
     const auto found = known.find(name);
-    return found == known.end() ? "" : "write " + std::string(found->second);
+    if (found != known.end()) {
+        return "write " + std::string(found->second);
+    }
+    const std::string lower = lowerCase(name);
+    return isKeyword(lower) ? "write " + lower : "";
 }
 
 } // namespace ovra::plex::idl

@@ -17,6 +17,19 @@ bool isSpace(char c)
     return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
 }
 
+constexpr std::string_view symbols = ";{}()[]<>,:=+-*/%&|^~@!?.#";
+constexpr const char* const noSuchCharacter = "a definition has no such character outside of comments";
+
+bool isInWord(char c)
+{
+    return isWordPart(c) || isForeign(c);
+}
+
+bool isNowhere(char c)
+{
+    return !isInWord(c) && !isSpace(c) && c != '"' && c != '\'' && symbols.find(c) == std::string_view::npos;
+}
+
 bool isInLine(char c)
 {
     return c != '\n';
@@ -25,6 +38,9 @@ bool isInLine(char c)
 /// What a number is by its letters; invalid where it is none.
 TokenKind kindOfNumber(std::string_view text)
 {
+    if (text.empty()) {
+        return TokenKind::Invalid;
+    }
     if (text.starts_with("0x") || text.starts_with("0X")) {
         text.remove_prefix(2);
         return !text.empty() && std::ranges::all_of(text, isHexadecimal) ? TokenKind::Integer
@@ -146,13 +162,15 @@ Token Lexer::blockComment()
 
 Token Lexer::word()
 {
-    skipWhile(isWordPart);
-    if (text_[begin_] == '_' && position_ - begin_ > 1) {
-        Token token = finish(TokenKind::EscapedWord);
+    skipWhile(isInWord);
+    const std::string_view text = text_.substr(begin_, position_ - begin_);
+    const char* const fault = std::ranges::any_of(text, isForeign) ? noSuchCharacter : nullptr;
+    if (text.front() == '_' && text.size() > 1) {
+        Token token = finish(TokenKind::EscapedWord, fault);
         token.text.remove_prefix(1);
         return token;
     }
-    return finish(TokenKind::Word);
+    return finish(TokenKind::Word, fault);
 }
 
 Token Lexer::number()
@@ -162,18 +180,24 @@ Token Lexer::number()
         const bool exponent = !hexadecimal && (peek() == 'e' || peek() == 'E');
         skip(exponent && (peek(1) == '+' || peek(1) == '-') ? 2 : 1);
     }
-    const TokenKind kind = kindOfNumber(text_.substr(begin_, position_ - begin_));
-    const bool isNumber = kind != TokenKind::Invalid;
-    return finish(isNumber ? kind : TokenKind::Integer, isNumber ? nullptr : "this is no number");
+    const std::string_view text = text_.substr(begin_, position_ - begin_);
+    const TokenKind kind = kindOfNumber(text);
+    if (kind != TokenKind::Invalid) {
+        return finish(kind);
+    }
+    const bool hasSuffix =
+        kindOfNumber(text.substr(0, text.find_last_not_of("uUlLfF") + 1)) != TokenKind::Invalid;
+    return finish(TokenKind::Integer, hasSuffix ? "a number has no suffix" : "this is no number");
 }
 
-/// A literal in quotation marks, from the first one on. It ends on its line.
+/// A literal in quotation marks, from the first one on. It ends on its line, or on one that a backslash adds.
 Token Lexer::quoted(TokenKind kind)
 {
     const char mark = peek();
     skip(1);
     while (position_ < text_.size() && peek() != mark && peek() != '\n') {
-        skip(peek() == '\\' && peek(1) != '\n' && peek(1) != '\r' ? 2 : 1);
+        const std::size_t escape = startsWith("\\\r\n") ? 3 : 2;
+        skip(peek() == '\\' ? escape : 1);
     }
     if (peek() != mark) {
         return finish(kind, "the closing quotation mark is missing");
@@ -191,11 +215,12 @@ Token Lexer::symbol()
         skip(found->size());
         return finish(TokenKind::Symbol);
     }
-    constexpr std::string_view known = ";{}()[]<>,:=+-*/%&|^~@!?.#";
-    const bool isKnown = known.find(peek()) != std::string_view::npos;
-    skip(std::max<std::size_t>(characterSize(text_.substr(position_)), 1));
-    return finish(isKnown ? TokenKind::Symbol : TokenKind::Invalid,
-                  isKnown ? nullptr : "a definition has no such character outside of comments");
+    if (isNowhere(peek())) {
+        skipWhile(isNowhere);
+        return finish(TokenKind::Invalid, noSuchCharacter);
+    }
+    skip(1);
+    return finish(TokenKind::Symbol);
 }
 
 /// Goes behind a literal in quotation marks; behind its first one only where the line has no other.
@@ -203,7 +228,7 @@ void Lexer::skipQuoted()
 {
     std::size_t end = position_ + 1;
     while (end < text_.size() && text_[end] != peek() && isInLine(text_[end])) {
-        end += text_[end] == '\\' && end + 1 < text_.size() && isInLine(text_[end + 1]) ? 2 : 1;
+        end += text_[end] == '\\' && end + 1 < text_.size() && isInLine(text_[end + 1]) ? 2U : 1U;
     }
     skip(end < text_.size() && text_[end] == peek() ? end + 1 - position_ : 1);
 }
@@ -255,7 +280,7 @@ Token Lexer::next()
     if (isDigit(c) || (c == '.' && isDigit(peek(1)))) {
         return number();
     }
-    return isWordStart(c) ? word() : symbol();
+    return isWordStart(c) || isForeign(c) ? word() : symbol();
 }
 
 std::vector<Token> Lexer::tokens()

@@ -116,6 +116,10 @@ Unquoted unquoted(std::string_view literal)
     literal.remove_prefix(wide ? 2 : 1);
     literal.remove_suffix(1);
     while (!literal.empty() && result.fault == nullptr) {
+        if (literal.starts_with("\\\n") || literal.starts_with("\\\r\n")) {
+            literal.remove_prefix(literal[1] == '\n' ? 2 : 3);
+            continue;
+        }
         if (literal[0] == '\\') {
             literal.remove_prefix(1);
             result.fault =

@@ -4,6 +4,8 @@
 #include "Keywords.hpp"
 #include "Text.hpp"
 
+#include <algorithm>
+
 namespace ovra::plex::idl
 {
 
@@ -19,6 +21,9 @@ const Symbol* findFirst(Context& context, const ScopedName& name)
 
 void reportUnknown(Context& context, const ScopedName& name, const Token& part, const std::string& what)
 {
+    if (std::ranges::any_of(name.text, isForeign)) {
+        return; // that it can not be a name was reported
+    }
     const std::string unknown = name.parts.size() > 1 && name.parts.front().text.data() != part.text.data()
                                     ? " (nothing is called \"" + std::string(part.text) + "\" there)"
                                     : "";
@@ -84,6 +89,9 @@ Token readName(Context& context, const std::string& what)
     if (isKeyword(text)) {
         context.reporter.error(name.place, "\"" + text + "\" is a keyword",
                                "as a name it is written _" + text);
+        if (context.tokens.peek().isName()) {
+            throw SyntaxError(); // it was not meant as one
+        }
     } else if (context.options.strictCase && isKeywordInAnyCase(text)) {
         context.reporter.error(name.place, "\"" + text + "\" is a keyword, or differs from one in case only",
                                "as a name it is written _" + text);

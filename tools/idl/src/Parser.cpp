@@ -126,10 +126,10 @@ void Parser::readModule(const Beginning& beginning)
     describe(context_, described, name, beginning.first, beginning.annotated, tokens.position());
     module.documentation = joined(std::move(module.documentation), described.documentation);
     beginning.annotations.applyTo(context_, module);
-    tokens.expect("{");
+    tokens.expectOpeningBrace();
     Module* const outer = context_.module;
     context_.module = &module;
-    readBody(context_, "the module", name.place, [this] { readDefinition(); });
+    readBody(context_, "the module", name.place, {}, [this] { readDefinition(); });
     context_.module = outer;
 }
 

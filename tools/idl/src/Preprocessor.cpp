@@ -36,6 +36,9 @@ Token standInFor(const Token& token)
     Token result = token;
     result.fault = nullptr;
     switch (token.kind) {
+    case TokenKind::Word:
+    case TokenKind::EscapedWord:
+        break;
     case TokenKind::String:
     case TokenKind::WideString:
         result.text = token.kind == TokenKind::String ? R"("")" : R"(L"")";
@@ -60,7 +63,7 @@ std::string nameOf(const Token& token)
 std::string fileNameIn(const std::vector<Token>& line)
 {
     const Token& first = line.front();
-    if (first.kind == TokenKind::String && line.size() == 2) {
+    if (first.kind == TokenKind::String && first.fault == nullptr) {
         return std::string(first.text.substr(1, first.text.size() - 2));
     }
     const Token& last = line.size() > 2 ? line[line.size() - 2] : first;
@@ -101,6 +104,7 @@ PreprocessedText Preprocessor::run()
         }
     } catch (const Abandoned&) {
         groups_.clear(); // the error was reported
+        result_.isWhole = false;
     }
     result_.tokens.push_back(tokensOf(named_ - 1).back());
     return std::move(result_);
@@ -110,9 +114,29 @@ const std::vector<Token>& Preprocessor::tokensOf(std::uint32_t file)
 {
     const auto [known, isNew] = tokens_.try_emplace(file);
     if (isNew) {
-        known->second = Lexer(sources_[file].text, {file, 1, 1}).tokens();
+        const std::string_view text = sources_[file].text;
+        known->second = Lexer(isText(file) ? text : text.substr(text.size()), {file, 1, 1}).tokens();
     }
     return known->second;
+}
+
+/// Whether a file can be read as text at all; says so where it can not.
+bool Preprocessor::isText(std::uint32_t file)
+{
+    const std::string_view text = sources_[file].text;
+    const bool isWide = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
+    const std::size_t nul = text.find('\0');
+    if (!isWide && nul == std::string_view::npos) {
+        return true;
+    }
+    const std::string_view before = text.substr(0, isWide ? 0 : nul);
+    const auto line = static_cast<std::uint32_t>(std::ranges::count(before, '\n') + 1);
+    const std::size_t begin = before.rfind('\n') + 1;
+    reporter_.error({file, line, characterCount(before.substr(begin)) + 1},
+                    isWide ? "the file is UTF-16" : "a definition has no NUL, so this file is none",
+                    "definitions are text in UTF-8");
+    result_.isWhole = false;
+    return false;
 }
 
 void Preprocessor::processFile(std::uint32_t file)
@@ -123,6 +147,7 @@ void Preprocessor::processFile(std::uint32_t file)
     }
     for (const Group& group : groups_) {
         reporter_.error(group.place, "this condition has no #endif");
+        result_.isWhole = false;
     }
     groups_ = outer;
 }
@@ -145,11 +170,25 @@ void Preprocessor::process(const Token& token)
     emit(token);
 }
 
+void Preprocessor::reportFault(const Token& token)
+{
+    Location place = token.place;
+    if (token.isName()) { // what is wrong is within it
+        const auto foreign = std::ranges::find_if(token.text, isForeign) - token.text.begin();
+        const std::uint32_t column =
+            static_cast<std::uint32_t>(foreign) + (token.kind == TokenKind::EscapedWord ? 1 : 0);
+        place.column += std::min(column, token.width - 1);
+    }
+    reporter_.error(place, token.fault);
+    result_.faultyLines.emplace(place.file, place.line);
+    result_.isWhole = result_.isWhole && !token.text.starts_with("/*");
+}
+
 /// Hands a token on; comments go beside.
 void Preprocessor::emit(const Token& token)
 {
     if (token.fault != nullptr) {
-        reporter_.error(token.place, token.fault);
+        reportFault(token);
         emit(standInFor(token));
         return;
     }
@@ -282,14 +321,15 @@ void Preprocessor::endGroup(const Token& name)
     groups_.pop_back();
 }
 
-/// Whether `defined NAME` or `defined(NAME)` holds. @param i of `defined`; that of its last token afterwards.
-bool Preprocessor::isDefined(const Line& line, std::size_t& i)
+/// Whether `defined NAME` or `defined(NAME)` holds; nothing after reporting that it is neither.
+/// @param i of `defined`; that of its last token afterwards.
+std::optional<bool> Preprocessor::isDefined(const Line& line, std::size_t& i)
 {
     const bool inParentheses = line[i + 1].is("(");
     const std::size_t at = i + (inParentheses ? 2 : 1);
     if (!isWord(line, at) || (inParentheses && !line[at + 1].is(")"))) {
         reporter_.error(line[i].end(), "\"defined\" needs the name of a macro");
-        return false;
+        return std::nullopt;
     }
     i = at + (inParentheses ? 1 : 0);
     return macros_.contains(nameOf(line[at]));
@@ -301,8 +341,12 @@ bool Preprocessor::evaluate(const Token& name, const Line& line)
     for (std::size_t i = 0; i < line.size(); ++i) {
         if (line[i].is("defined") && i + 1 < line.size()) {
             Token token = line[i];
+            const auto holds = isDefined(line, i);
+            if (!holds) {
+                return false;
+            }
             token.kind = TokenKind::Integer;
-            token.text = isDefined(line, i) ? "1" : "0";
+            token.text = *holds ? "1" : "0";
             replaced.push_back(token);
         } else {
             expand(line[i], line[i], replaced);
@@ -357,6 +401,9 @@ void Preprocessor::include(const Token& name, const Line& line)
         reporter_.error(line.front().kind == TokenKind::End ? name.end() : line.front().place,
                         "#include needs the name of a file as \"file\" or <file>");
         return;
+    }
+    if (line.front().kind == TokenKind::String && line.size() > 2) {
+        reporter_.warn(line[1].place, "what follows the name of the file has no effect");
     }
     const auto file = find(wanted, line.front().kind == TokenKind::String, name.place.file);
     if (!file) {

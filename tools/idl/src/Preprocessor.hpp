@@ -6,9 +6,12 @@
 #include "Token.hpp"
 
 #include <deque>
+#include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace ovra::plex::idl
@@ -25,6 +28,9 @@ struct DocumentationComment {
 struct PreprocessedText {
     std::vector<Token> tokens;                  ///< the last one is the end
     std::vector<DocumentationComment> comments; ///< in the order of the text
+    std::set<std::pair<std::uint32_t, std::uint32_t>>
+        faultyLines;     ///< by file: what is missing there may be due to what was reported of them
+    bool isWhole = true; ///< nothing was reported that hides what follows
 };
 
 /// Carries out `#include`, `#define` of names without parameters, `#undef`, conditions, `#error` and `#pragma
@@ -66,8 +72,10 @@ private:
 
     void processFile(std::uint32_t file);
     const std::vector<Token>& tokensOf(std::uint32_t file);
+    bool isText(std::uint32_t file);
     void process(const Token& token);
     void emit(const Token& token);
+    void reportFault(const Token& token);
     void expand(const Token& token, const Token& use, std::vector<Token>& result);
     void directive(const Token& token);
     bool conditional(const Token& name, const Line& line);
@@ -78,7 +86,7 @@ private:
     bool isActive() const { return groups_.empty() || groups_.back().active; }
 
     bool evaluate(const Token& name, const Line& line);
-    bool isDefined(const Line& line, std::size_t& i);
+    std::optional<bool> isDefined(const Line& line, std::size_t& i);
     bool isDefinedName(const Token& name, const Line& line);
     void include(const Token& name, const Line& line);
     std::optional<std::uint32_t> find(const std::string& name, bool quoted, std::uint32_t includer);

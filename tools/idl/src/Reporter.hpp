@@ -26,6 +26,9 @@ public:
     void error(const Location& place, std::string message, std::string hint = {});
     void warn(const Location& place, std::string message, std::string hint = {});
 
+    /// How many errors there are so far.
+    std::size_t errors() const { return diagnostics_.errors(); }
+
     /// Whether a place is in a file that was included, not named.
     bool isIncluded(const Location& place) const { return sources_[place.file].included; }
 

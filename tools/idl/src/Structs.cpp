@@ -112,8 +112,8 @@ void readStruct(Context& context, DeclarationTables& tables, const Beginning& be
     const auto* const baseTable = type.base == nullptr ? nullptr : tables.members[type.base].get();
     table = std::make_unique<MemberTable>(baseTable, 0, hashesIds(context, beginning.annotations));
     const std::size_t brace = tokens.position();
-    tokens.expect("{");
-    readBody(context, "the struct", name.place, [&] { readMembers(context, type, *table); });
+    tokens.expectOpeningBrace();
+    readBody(context, "the struct", name.place, beginning.first, [&] { readMembers(context, type, *table); });
     finishType(context, type, name, beginning, brace);
 }
 

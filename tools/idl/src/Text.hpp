@@ -29,6 +29,12 @@ constexpr bool isWordPart(char c)
     return isWordStart(c) || isDigit(c);
 }
 
+/// Whether a byte is part of a character that is not ASCII.
+constexpr bool isForeign(char c)
+{
+    return static_cast<unsigned char>(c) >= 0x80;
+}
+
 constexpr char lowerCase(char c)
 {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;

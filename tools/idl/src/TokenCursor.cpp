@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace ovra::plex::idl
 {
@@ -67,9 +68,18 @@ Location TokenCursor::behind() const
     return position_ == 0 ? peek().place : previous().end();
 }
 
+void TokenCursor::reportMissing(const std::string& what, const std::string& hint)
+{
+    const Location place = behind();
+    const bool isHidden = atEnd() && !text_.isWhole;
+    if (!isHidden && !text_.faultyLines.contains({place.file, place.line})) {
+        reporter_.error(place, what + " is missing", hint);
+    }
+}
+
 void TokenCursor::missing(const std::string& what, const std::string& hint)
 {
-    reporter_.error(behind(), what + " is missing", hint);
+    reportMissing(what, hint);
     if (atEnd()) {
         throw EndOfText();
     }
@@ -90,14 +100,50 @@ void TokenCursor::expectClosingAngle()
     }
 }
 
+void TokenCursor::expectOpeningBrace()
+{
+    if (accept("{")) {
+        return;
+    }
+    if (!peek().isName() && !peek().is("@")) {
+        missing("\"{\"");
+    }
+    reportMissing("\"{\"");
+}
+
+bool TokenCursor::isAtNextDeclaration(std::size_t begin) const
+{
+    const Location place = peek().place;
+    std::size_t ahead = 0;
+    while (peek(ahead).is("@")) { // annotations, by their shape
+        ahead += 2;
+        while (peek(ahead).is("::")) {
+            ahead += 2;
+        }
+        for (int depth = peek(ahead).is("(") ? 1 : 0; depth > 0 && peek(ahead).kind != TokenKind::End;) {
+            ++ahead;
+            depth += peek(ahead).is("(") ? 1 : 0;
+            depth -= peek(ahead).is(")") ? 1 : 0;
+            ahead += depth == 0 ? 1 : 0;
+        }
+    }
+    return place.line != previous().place.line && place.column <= text_.tokens[begin].place.column &&
+           beginsDeclaration(peek(ahead));
+}
+
+void TokenCursor::endBody(const std::string& hint)
+{
+    reportMissing("\"}\"", hint);
+    isEnded_ = true;
+}
+
 void TokenCursor::expectSemicolon()
 {
-    if (accept(";")) {
+    if (std::exchange(isEnded_, false) || accept(";")) {
         return;
     }
     const bool isDefault = peek().is("=");
-    reporter_.error(behind(), "\";\" is missing",
-                    isDefault ? "a default is written before the member: @default(VALUE)" : "");
+    reportMissing("\";\"", isDefault ? "a default is written before the member: @default(VALUE)" : "");
     const bool isNextLine =
         atEnd() || peek().place.line != behind().line || peek().place.file != behind().file;
     if (!isNextLine && !peek().is("}")) {

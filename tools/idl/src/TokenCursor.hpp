@@ -42,6 +42,17 @@ public:
     void expect(std::string_view symbol);
     void expectClosingAngle();
 
+    /// Takes the brace behind the head of a declaration. Where it is missing before a name or the like, goes
+    /// on as if it were there.
+    void expectOpeningBrace();
+
+    /// Whether a declaration begins here, on a line that is indented no more than the one that was begun at a
+    /// position. So it is meant to stand behind that one, whose brace is missing.
+    bool isAtNextDeclaration(std::size_t begin) const;
+
+    /// Says that the brace behind a body is missing, and goes on as if it and the semicolon were there.
+    void endBody(const std::string& hint);
+
     /// Takes the semicolon behind a declaration. Where it is missing at the end of a line, goes on as if it
     /// were there.
     void expectSemicolon();
@@ -49,6 +60,9 @@ public:
     /// Says that something is missing behind what was taken last. @throws SyntaxError, or EndOfText where
     /// nothing follows
     [[noreturn]] void missing(const std::string& what, const std::string& hint = {});
+
+    /// The same, to go on. Says nothing where that may follow from what was reported already.
+    void reportMissing(const std::string& what, const std::string& hint = {});
 
     /// Goes behind the semicolon of a declaration, or before the next one, or before the brace that closes
     /// what is around it. @param begin where it begins.
@@ -71,6 +85,7 @@ private:
     PreprocessedText text_;
     Reporter& reporter_;
     std::size_t position_ = 0;
+    bool isEnded_ = false; ///< a semicolon was missed already
 };
 
 /// The lines of two pieces of documentation.

@@ -135,19 +135,32 @@ void refuseUnsupported(Context& context)
     }
 }
 
+/// What a type that there is not is taken for, where what follows may follow a type: after other nonsense,
+/// nothing good can be read.
+const Type& standIn(Context& context)
+{
+    constexpr std::array<std::string_view, 5> followers{",", ">", ">>", ")", "{"};
+    const Token& next = context.tokens.peek();
+    const bool isName = next.isName() && (next.kind == TokenKind::EscapedWord || !isKeyword(next.text));
+    if (!isName && !std::ranges::any_of(followers, [&next](auto text) { return next.is(text); })) {
+        throw SyntaxError();
+    }
+    return context.builder.primitive(TypeKind::Int32);
+}
+
 const Type& readNamedType(Context& context)
 {
     const ScopedName name = readScopedName(context, "a type");
     const Symbol* const symbol = lookUp(context, name, "type");
     if (symbol == nullptr) {
-        return context.builder.primitive(TypeKind::Int32);
+        return standIn(context);
     }
     if (auto* const* type = std::get_if<NamedType*>(&symbol->meaning)) {
         return **type;
     }
     context.reporter.error(name.place, "\"" + name.text + "\" is no type",
                            "it is declared at " + context.reporter.name(symbol->place));
-    return context.builder.primitive(TypeKind::Int32);
+    return standIn(context);
 }
 
 /// The type that a value of a type consists of, arrays and aliases looked through.

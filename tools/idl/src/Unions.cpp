@@ -73,7 +73,12 @@ bool readLabel(Context& context, const UnionType& type, UnionCase& unionCase, La
     } else {
         return false;
     }
-    tokens.expect(":");
+    if (tokens.peek().is(";")) {
+        tokens.reportMissing("\":\"");
+        tokens.take();
+    } else {
+        tokens.expect(":");
+    }
     return true;
 }
 
@@ -170,13 +175,13 @@ std::optional<Label> unusedLabel(const UnionType& type, const LabelTable& table)
     }
 }
 
-void finishCases(Context& context, UnionType& type, const LabelTable& table, const Token& name)
+void finishCases(Context& context, UnionType& type, const LabelTable& table, const Token& name, bool isSound)
 {
-    if (type.cases.empty()) {
+    if (type.cases.empty() && isSound) {
         context.reporter.error(name.place, "the union \"" + type.name + "\" has no cases");
     }
     type.unusedLabel = unusedLabel(type, table);
-    if (table.otherwise && !type.unusedLabel) {
+    if (table.otherwise && !type.unusedLabel && isSound) {
         context.reporter.warn(*table.otherwise, "nothing is left for the default: all values are labels");
     }
 }
@@ -197,11 +202,13 @@ void readUnion(Context& context, DeclarationTables& tables, const Beginning& beg
     context.incomplete.insert(&type);
     readDiscriminator(context, type);
     const std::size_t brace = tokens.position();
-    tokens.expect("{");
+    tokens.expectOpeningBrace();
     MemberTable table(nullptr, 1, hashesIds(context, beginning.annotations)); // 0 is the discriminator
     LabelTable labels;
-    readBody(context, "the union", name.place, [&] { readCase(context, type, labels, table); });
-    finishCases(context, type, labels, name);
+    const std::size_t errors = context.reporter.errors();
+    readBody(context, "the union", name.place, beginning.first,
+             [&] { readCase(context, type, labels, table); });
+    finishCases(context, type, labels, name, context.reporter.errors() == errors);
     finishType(context, type, name, beginning, brace);
 }
 
