@@ -31,12 +31,15 @@ const Symbol* Scopes::findIn(const Symbol& symbol, std::string_view name)
 
 const Symbol* Scopes::findFrom(const Module& module, std::string_view name)
 {
+    const Symbol* nearest = nullptr;
     for (const Module* scope = &module; scope != nullptr; scope = scope->parent) {
-        if (const Symbol* const symbol = of(*scope).find(name)) {
+        const Symbol* const symbol = of(*scope).find(name);
+        if (symbol != nullptr && symbol->name == name) {
             return symbol;
         }
+        nearest = nearest == nullptr ? symbol : nearest;
     }
-    return nullptr;
+    return nearest;
 }
 
 } // namespace ovra::plex::idl
