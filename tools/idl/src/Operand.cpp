@@ -174,12 +174,18 @@ Value integerValue(Integer value, const Type& type)
 
 Value floatingValue(const Operand& operand, const Type& type)
 {
+    constexpr double most = std::numeric_limits<float>::max();
+    constexpr double roundedDown = most + 0x1p102;                                   // to the one above
+    constexpr double roundedToZero = std::numeric_limits<float>::denorm_min() / 2.0; // to the one below
     const double value = numberOf(operand);
-    if (type.kind == TypeKind::Float &&
-        std::abs(value) > static_cast<double>(std::numeric_limits<float>::max())) {
+    const double size = std::abs(value);
+    if (type.kind != TypeKind::Float || (size > roundedToZero && size <= most)) {
+        return value;
+    }
+    if (size >= roundedDown) {
         throw OperandFault{toString(Value(value)) + " is out of the range of float"};
     }
-    return value;
+    return std::copysign(size > most ? most : 0.0, value);
 }
 
 Value textValue(const TextOperand& operand, const StringType& type)
