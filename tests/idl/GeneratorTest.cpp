@@ -61,8 +61,21 @@ TEST(GeneratedNames, AvoidKeywordsAndMacros)
     EXPECT_EQ(cppName("alt"), "alt");
     EXPECT_EQ(cppName("class"), "class_");
     EXPECT_EQ(cppName("errno"), "errno_");
-    EXPECT_EQ(namespaceName("std"), "std_");
-    EXPECT_EQ(namespaceName("dome"), "dome");
+    EXPECT_EQ(cppName("EINVAL"), "EINVAL_");
+    EXPECT_EQ(cppName("std"), "std");
+    EXPECT_EQ(declaredName("std"), "std_");
+    EXPECT_EQ(declaredName("isKnown"), "isKnown_");
+    EXPECT_EQ(declaredName("class"), "class_");
+    EXPECT_EQ(declaredName("time"), "time");
+}
+
+TEST(GeneratedNames, AvoidWhatIsDeclaredOutsideOfNamespaces)
+{
+    const Model model = modelOf(
+        "module time { module time { struct A { long a; }; module std { struct B { long b; }; }; }; };");
+    EXPECT_EQ(qualifiedName(*model.findType("time::time::A")), "::time_::time::A");
+    EXPECT_EQ(qualifiedName(*model.findType("time::time::std::B")), "::time_::time::std_::B");
+    EXPECT_EQ(symbolOf(*model.findType("time::time::A")->module), "time__time");
 }
 
 TEST(GeneratedNames, GetAnUnderscoreWhereTheyAreTaken)
@@ -527,8 +540,22 @@ TEST(Refusals, AreOfTypesThatContainThemselves)
 TEST(Refusals, AreOfTwoFilesWithOneName)
 {
     EXPECT_THAT(refusals("module m { struct A { long l; }; struct ACdr { long l; }; };"),
-                ElementsAre("0:0: two files would be called dds/ACdr.hpp",
-                            "0:0: two files would be called dds/ACdr.cpp"));
+                ElementsAre("1:41: two files would be called dds/ACdr.hpp"));
+    EXPECT_THAT(refusals("module m { struct Values { long l; }; };"),
+                ElementsAre("1:19: two files would be called include/m/Values.hpp"));
+}
+
+TEST(Refusals, AreOfTwoTopicsWithOneSymbol)
+{
+    EXPECT_THAT(refusals("module m { struct a_T { long l; }; module a { struct T { long l; }; }; };"),
+                ElementsAre("1:54: two topics would be exported as m_a_T"));
+}
+
+TEST(Refusals, AreOfTwoNamesThatAreOneInCpp)
+{
+    EXPECT_THAT(refusals("module m { enum E { int, int_ }; struct class { E e; }; const long class_ = 1; };"),
+                ElementsAre("1:26: \"int\" and \"int_\" would both be called int_",
+                            "1:68: \"class\" and \"class_\" would both be called class_"));
 }
 
 } // namespace

@@ -308,11 +308,11 @@ std::unique_ptr<::@scope@::@Type@> @Type@::clone() const
     return std::make_unique<@Type@>(wire());
 }
 
-@keyFunctions@@slots@void @Type@::assign(const DdsType& source)
+@keyFunctions@@slots@void @Type@::assign(const DdsType& @source@)
 {
 @assignments@}
 
-void @Type@::copy(const ::@scope@::@Type@& from, ::@scope@::@Type@& to)
+void @Type@::copy(const ::@scope@::@Type@& @from@, ::@scope@::@Type@& @to@)
 {
 @copies@}
 
@@ -324,6 +324,9 @@ void @Type@::copy(const ::@scope@::@Type@& from, ::@scope@::@Type@& to)
                         {"initializers", initializers(topic)},
                         {"keyFunctions", keyFunctions(topic)},
                         {"slots", slots},
+                        {"source", parameterName("source", topic)},
+                        {"from", parameterName("from", topic)},
+                        {"to", parameterName("to", topic)},
                         {"assignments", assignments(topic)},
                         {"copies", copies(topic)}});
 }

@@ -116,14 +116,14 @@ namespace eprosima::fastcdr
 namespace members = ovra::plex::ps::cdr;
 
 template <>
-std::size_t calculate_serialized_size(CdrSizeCalculator& calculator, const generated::dds_::@scope@::@Type@& data,
+std::size_t calculate_serialized_size(CdrSizeCalculator& calculator, const generated::dds_::@scope@::@Type@& @data@,
                                       std::size_t& currentAlignment)
 {
     return members::membersSize(calculator, currentAlignment@members@);
 }
 
 template <>
-void serialize(Cdr& cdr, const generated::dds_::@scope@::@Type@& data)
+void serialize(Cdr& cdr, const generated::dds_::@scope@::@Type@& @data@)
 {
     members::serializeMembers(cdr@members@);
 }
@@ -134,7 +134,7 @@ void deserialize(Cdr& cdr, generated::dds_::@scope@::@Type@& data)
     deserialize(cdr, data, members::appendableEncoding(cdr.get_cdr_version()));
 }
 
-void deserialize(Cdr& cdr, generated::dds_::@scope@::@Type@& data, EncodingAlgorithmFlag encoding)
+void deserialize(Cdr& cdr, generated::dds_::@scope@::@Type@& @data@, EncodingAlgorithmFlag encoding)
 {
     members::deserializeMembers(cdr, encoding@members@);
 }
@@ -145,6 +145,7 @@ void deserialize(Cdr& cdr, generated::dds_::@scope@::@Type@& data, EncodingAlgor
                        {{"includes", headers.text()},
                         {"scope", topic.scope},
                         {"Type", topic.name},
+                        {"data", parameterName("data", topic)},
                         {"members", members(topic)},
                         {"keyFunction", keyFunction(topic)}});
 }

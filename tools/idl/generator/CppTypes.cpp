@@ -42,7 +42,7 @@ std::string sequenceType(const SequenceType& sequence)
 std::string namedType(const NamedType& type)
 {
     return type.kind == TypeKind::Struct
-               ? "::" + namespaceOf(*type.module) + "::values::" + cppName(type.name)
+               ? "::" + namespaceOf(*type.module) + "::values::" + declaredName(type.name)
                : qualifiedName(type);
 }
 

@@ -34,7 +34,7 @@ std::string labelsOf(const EnumType& type)
 {
     std::string text;
     for (const Enumerator& each : type.enumerators) {
-        text += "    case " + cppName(type.name) + "::" + cppName(each.name) + ":\n";
+        text += "    case " + declaredName(type.name) + "::" + cppName(each.name) + ":\n";
     }
     return text;
 }
@@ -43,7 +43,7 @@ std::string namesOf(const EnumType& type)
 {
     std::string text;
     for (const Enumerator& each : type.enumerators) {
-        text += "    case " + cppName(type.name) + "::" + cppName(each.name) + ":\n        return " +
+        text += "    case " + declaredName(type.name) + "::" + cppName(each.name) + ":\n        return " +
                 quoted(each.name) + ";\n";
     }
     return text;
@@ -226,7 +226,7 @@ std::string firstAlternative(const std::vector<NamedCase>& cases, const UnionCas
 
 std::vector<NamedMember> namedMembers(const StructType& type)
 {
-    NameScope names{cppName(type.name)};
+    NameScope names{declaredName(type.name)};
     const auto members = allMembers(type);
     std::vector<NamedMember> result(members.size());
     std::ranges::transform(members, result.begin(),
@@ -244,7 +244,7 @@ std::vector<NamedMember> namedMembers(const StructType& type)
 
 std::vector<NamedCase> namedCases(const UnionType& type)
 {
-    NameScope names{cppName(type.name), "discriminator", "select", "discriminator_", "value_"};
+    NameScope names{declaredName(type.name), "discriminator", "select", "discriminator_", "value_"};
     std::vector<NamedCase> result;
     result.reserve(type.cases.size());
     for (const UnionCase& each : type.cases) {
@@ -281,7 +281,7 @@ constexpr std::string_view toString(@Type@ value)
 }
 )",
         {{"documentation", comment(type.documentation)},
-         {"Type", cppName(type.name)},
+         {"Type", declaredName(type.name)},
          {"underlying", underlyingType(type)},
          {"enumerators",
           enumerators(type.enumerators, [](const Enumerator& each) { return std::to_string(each.value); })},
@@ -327,7 +327,7 @@ constexpr bool isKnown(@Type@ /*value*/)
 }
 )",
                        {{"documentation", comment(type.documentation)},
-                        {"Type", cppName(type.name)},
+                        {"Type", declaredName(type.name)},
                         {"underlying", underlying},
                         {"flags", enumerators(type.flags, valueOf)}});
 }
@@ -351,7 +351,7 @@ inline bool operator!=(const @Type@& left, const @Type@& right)
 }
 )",
                        {{"documentation", comment(type.documentation)},
-                        {"Type", cppName(type.name)},
+                        {"Type", declaredName(type.name)},
                         {"members", memberDeclarations(members)},
                         {"left", isEmpty ? "/*left*/" : "left"},
                         {"right", isEmpty ? "/*right*/" : "right"},
@@ -391,7 +391,7 @@ private:
 };
 )",
                        {{"documentation", comment(type.documentation)},
-                        {"Type", cppName(type.name)},
+                        {"Type", declaredName(type.name)},
                         {"discriminator", cppType(*type.discriminator)},
                         {"selection", selection(type, cases)},
                         {"functions", caseFunctions(type, cases)},
@@ -402,7 +402,7 @@ private:
 
 std::string aliasDeclaration(const AliasType& type)
 {
-    return comment(type.documentation) + "using " + cppName(type.name) + " = " + cppType(*type.target) +
+    return comment(type.documentation) + "using " + declaredName(type.name) + " = " + cppType(*type.target) +
            ";\n";
 }
 
@@ -410,8 +410,8 @@ std::string constantDeclaration(const Constant& constant)
 {
     const bool isText = resolved(*constant.type).kind == TypeKind::String;
     return comment(constant.documentation) + "inline constexpr " +
-           (isText ? "std::string_view" : cppType(*constant.type)) + " " + cppName(constant.name) + " = " +
-           cppValue(*constant.type, constant.value) + ";\n";
+           (isText ? "std::string_view" : cppType(*constant.type)) + " " + declaredName(constant.name) +
+           " = " + cppValue(*constant.type, constant.value) + ";\n";
 }
 
 void addHeadersOf(std::set<std::string>& headers, const NamedType& type)

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <span>
 
 namespace ovra::plex::idl
 {
@@ -102,19 +103,56 @@ std::string modulesText(const std::vector<TopicPlan>& topics)
     return text;
 }
 
-void refuseTwoOfOnePath(const Files& files, Diagnostics& diagnostics)
+/// Those of a topic that have names, or symbols, of which there is another one already.
+class Clashes
 {
-    std::set<std::string> paths;
-    for (const GeneratedFile& file : files) {
-        if (!paths.insert(file.path).second) {
-            diagnostics.add({Severity::Error,
-                             {},
-                             0,
-                             0,
-                             "two files would be called " + file.path,
-                             "rename one of the types that it is made of",
-                             {}});
+public:
+    Clashes(const Model& model, Diagnostics& diagnostics) : model_(model), diagnostics_(diagnostics) {}
+
+    void add(const TopicPlan& topic, std::span<const GeneratedFile> files)
+    {
+        const auto taken = std::ranges::find_if(
+            files, [this](const auto& file) { return !paths_.insert(file.path).second; });
+        if (taken != files.end()) {
+            refuse(topic, "two files would be called " + taken->path);
+        } else if (!symbols_.insert(topic.symbol).second) {
+            refuse(topic, "two topics would be exported as " + topic.symbol);
         }
+    }
+
+    /// A file of no topic.
+    void add(const std::string& path) { paths_.insert(path); }
+
+private:
+    void refuse(const TopicPlan& topic, const std::string& message)
+    {
+        const Location& place = topic.type->location;
+        diagnostics_.add({Severity::Error,
+                          model_.files.at(place.file).path,
+                          place.line,
+                          place.column,
+                          message,
+                          "rename this topic, or the other one that it is made of",
+                          {}});
+    }
+
+    const Model& model_;
+    Diagnostics& diagnostics_;
+    std::set<std::string> paths_;
+    std::set<std::string> symbols_;
+};
+
+/// @param files those of the topics, each with as many, then those of no topic.
+void refuseClashes(const Model& model, const Plan& plan, std::span<const GeneratedFile> files,
+                   std::size_t ofTopics, Diagnostics& diagnostics)
+{
+    Clashes clashes(model, diagnostics);
+    for (const GeneratedFile& file : files.subspan(ofTopics)) {
+        clashes.add(file.path);
+    }
+    for (std::size_t i = 0; i < plan.topics.size(); ++i) {
+        const std::size_t count = ofTopics / plan.topics.size();
+        clashes.add(plan.topics[i], files.subspan(i * count, count));
     }
 }
 
@@ -130,6 +168,7 @@ Generation generate(const Model& model, const GenerateOptions& options)
     for (const TopicPlan& topic : plan.topics) {
         addTopic(generation.files, topic);
     }
+    const std::size_t ofTopics = generation.files.size();
     addFactoriesHeaders(generation.files, plan.topics);
     for (const std::string& module : modulesOf(plan)) {
         generation.files.push_back({"include/" + module + "/Values.hpp", valuesText(plan, module)});
@@ -139,7 +178,7 @@ Generation generate(const Model& model, const GenerateOptions& options)
     }
     addShards(generation.files, plan.topics, options.shards);
     generation.files.push_back({"dds/modules.txt", modulesText(plan.topics)});
-    refuseTwoOfOnePath(generation.files, generation.diagnostics);
+    refuseClashes(model, plan, generation.files, ofTopics, generation.diagnostics);
     if (generation.diagnostics.errors() > 0) {
         generation.files.clear();
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Names.hpp"
 
+#include "CommonNames.hpp"
+
 #include <algorithm>
 
 namespace ovra::plex::idl
@@ -39,6 +41,28 @@ const Words& namespacesInUse()
     return words;
 }
 
+/// What modules have for each of their enums or bitmasks.
+const Words& functionsInUse()
+{
+    static const Words words{"has", "isKnown", "toString"};
+    return words;
+}
+
+std::string namespaceName(std::string_view name)
+{
+    return namespacesInUse().contains(name) ? std::string(name) + "_" : cppName(name);
+}
+
+/// The namespaces for the modules around something, outermost first: that one must be no name of a function.
+std::vector<std::string> namespacePath(const Module& module)
+{
+    std::vector<std::string> path = modulePath(module);
+    for (std::string& name : path) {
+        name = namespaceName(name) + (&name == &path.front() && isGlobal(name) ? "_" : "");
+    }
+    return path;
+}
+
 char upperCase(char c)
 {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
@@ -58,12 +82,13 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
 
 std::string cppName(std::string_view name)
 {
-    return std::string(name) + (reservedWords().contains(name) ? "_" : "");
+    return std::string(name) + (reservedWords().contains(name) || isMacro(name) ? "_" : "");
 }
 
-std::string namespaceName(std::string_view name)
+std::string declaredName(std::string_view name)
 {
-    return namespacesInUse().contains(name) ? std::string(name) + "_" : cppName(name);
+    const bool isTaken = namespacesInUse().contains(name) || functionsInUse().contains(name);
+    return isTaken ? std::string(name) + "_" : cppName(name);
 }
 
 std::string accessorName(std::string_view name)
@@ -94,22 +119,18 @@ std::vector<std::string> modulePath(const Module& module)
 
 std::string namespaceOf(const Module& module)
 {
-    std::vector<std::string> path = modulePath(module);
-    std::ranges::transform(path, path.begin(), namespaceName);
-    return joined(path, "::");
+    return joined(namespacePath(module), "::");
 }
 
 std::string symbolOf(const Module& module)
 {
-    std::vector<std::string> path = modulePath(module);
-    std::ranges::transform(path, path.begin(), namespaceName);
-    return joined(path, "_");
+    return joined(namespacePath(module), "_");
 }
 
 std::string qualifiedName(const NamedType& type)
 {
     const std::string scope = namespaceOf(*type.module);
-    return "::" + scope + (scope.empty() ? "" : "::") + cppName(type.name);
+    return "::" + scope + (scope.empty() ? "" : "::") + declaredName(type.name);
 }
 
 std::string NameScope::take(std::string name)

@@ -15,8 +15,9 @@ namespace ovra::plex::idl
 /// A name as C++ takes it: with a _ behind it where it is a keyword or a common macro.
 std::string cppName(std::string_view name);
 
-/// The name of a namespace: with a _ behind it, too, where it would hide one that generated code refers to.
-std::string namespaceName(std::string_view name);
+/// The name of a type or constant in its module: with a _ behind it, too, where it would hide a namespace
+/// that generated code refers to, or functions that it declares.
+std::string declaredName(std::string_view name);
 
 /// "windSpeed" and "wind_speed" as "WindSpeed", the last part of getWindSpeed.
 std::string accessorName(std::string_view name);

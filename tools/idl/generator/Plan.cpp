@@ -82,7 +82,7 @@ TopicPlan planOfTopic(const Model& model, const StructType& type, const std::str
 {
     TopicPlan topic;
     topic.type = &type;
-    topic.name = cppName(type.name);
+    topic.name = declaredName(type.name);
     topic.scope = namespaceOf(*type.module);
     topic.symbol = symbolOf(*type.module) + "_" + topic.name;
     topic.folder = folderOf(type);
@@ -162,6 +162,11 @@ bool isSimple(const TopicPlan& topic)
                return isPrimitive(resolved(*plan.member->type).kind) && !plan.isOptional() &&
                       !plan.member->defaultValue;
            });
+}
+
+std::string parameterName(const std::string& name, const TopicPlan& topic)
+{
+    return topic.members.empty() ? "/*" + name + "*/" : name;
 }
 
 Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& diagnostics)

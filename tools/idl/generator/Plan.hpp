@@ -58,6 +58,9 @@ struct Plan {
 /// are numbers and the like without defaults.
 bool isSimple(const TopicPlan& topic);
 
+/// The name of a parameter whose members are used; in a comment where the topic has none.
+std::string parameterName(const std::string& name, const TopicPlan& topic);
+
 /// @param diagnostics what can not be generated.
 Plan planOf(const Model& model, const GenerateOptions& options, Diagnostics& diagnostics);
 

@@ -18,8 +18,10 @@ namespace
 /// Names that the classes of a topic give to other things.
 bool isTaken(const std::string& name)
 {
-    static const NameScope taken{"assign", "clone",     "cloneKey", "copy",       "DdsType",
-                                 "hasKey", "keyEquals", "main",     "PubSubType", "wire"};
+    static const NameScope taken{"assign",     "Cdr",           "clone",   "cloneKey",
+                                 "copy",       "createSample",  "DdsType", "ddsSampleDeleter",
+                                 "hasKey",     "keyEquals",     "main",    "noOpDeleter",
+                                 "PubSubType", "SamplePointer", "wire"};
     return !taken.isFree(name);
 }
 
@@ -108,6 +110,17 @@ void Refusals::checkPlace(const NamedType& type)
 {
     if (type.module->parent == nullptr) {
         refuse(type.location, "\"" + type.name + "\" is in no module", "put it into one: module NAME { … };");
+    }
+}
+
+/// @param name of what is declared, in C++. @param scope in which it is one of its own.
+void Refusals::checkName(const void* scope, const Declared& declared, const std::string& name)
+{
+    const auto [other, isNew] = names_.emplace(std::pair(scope, name), &declared);
+    if (!isNew) {
+        refuse(declared.location,
+               "\"" + other->second->name + "\" and \"" + declared.name + "\" would both be called " + name,
+               "rename one of them: in C++, names that are taken get an underscore behind them");
     }
 }
 
@@ -265,6 +278,16 @@ bool Refusals::accept(const NamedType& type)
 {
     const std::size_t before = diagnostics_.errors();
     checkPlace(type);
+    checkName(type.module, type, declaredName(type.name));
+    if (const auto* const enumeration = as<EnumType>(type)) {
+        for (const Enumerator& each : enumeration->enumerators) {
+            checkName(&type, each, cppName(each.name));
+        }
+    } else if (const auto* const bitmask = as<BitmaskType>(type)) {
+        for (const BitFlag& each : bitmask->flags) {
+            checkName(&type, each, cppName(each.name));
+        }
+    }
     if (const auto* const structure = as<StructType>(type)) {
         for (const Member& member : structure->members) {
             checkType(*member.type, member.location);
@@ -284,6 +307,7 @@ bool Refusals::accept(const NamedType& type)
 bool Refusals::accept(const Constant& constant)
 {
     const std::size_t before = diagnostics_.errors();
+    checkName(constant.module, constant, declaredName(constant.name));
     checkType(*constant.type, constant.location);
     return diagnostics_.errors() == before;
 }

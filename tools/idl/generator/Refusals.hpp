@@ -6,9 +6,11 @@
 #include <plex/idl/Model.hpp>
 
 #include <cstdint>
+#include <map>
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace ovra::plex::idl
@@ -39,6 +41,7 @@ public:
 private:
     void refuse(const Location& place, const std::string& message, const std::string& hint);
     void checkPlace(const NamedType& type);
+    void checkName(const void* scope, const Declared& declared, const std::string& name);
     void checkAccessors(const StructType& topic);
     void checkKey(const Type& declared, const Member& key);
     void checkUnion(const UnionType& type);
@@ -52,6 +55,7 @@ private:
     static constexpr std::uint64_t mostBytes = 64ULL
                                                << 20U; ///< of a value without what strings and sequences hold
 
+    std::map<std::pair<const void*, std::string>, const Declared*> names_; ///< of C++, by module or enum
     std::unordered_map<const Type*, std::uint64_t> sizes_;
     const Model& model_;
     Diagnostics& diagnostics_;

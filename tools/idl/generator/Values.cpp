@@ -26,7 +26,7 @@ std::string structText(const Plan& plan, const StructType& type)
     const std::string scope = namespaceOf(*type.module);
     const std::string text = inNamespace(scope + "::values", structDeclaration(type));
     return plan.isTopic(type) ? text
-                              : text + inNamespace(scope, "using values::" + cppName(type.name) + ";\n");
+                              : text + inNamespace(scope, "using values::" + declaredName(type.name) + ";\n");
 }
 
 std::string textOf(const Plan& plan, const NamedType& type)

@@ -160,7 +160,7 @@ namespace generated::dds_::@scope@
 @Type@& @Type@::operator=(@Type@&&) noexcept = default;
 @Type@::~@Type@() = default;
 
-@members@bool @Type@::operator==(const @Type@& other) const noexcept
+@members@bool @Type@::operator==(const @Type@& @other@) const noexcept
 {
     return @comparison@;
 }
@@ -174,6 +174,7 @@ bool @Type@::operator!=(const @Type@& other) const noexcept
 )",
                        {{"scope", topic.scope},
                         {"Type", topic.name},
+                        {"other", parameterName("other", topic)},
                         {"utility", moves ? "\n#include <utility>\n" : ""},
                         {"members", definitions(topic)},
                         {"comparison", comparison(topic)}});
