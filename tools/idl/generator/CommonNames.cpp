@@ -149,8 +149,29 @@ setpayloadsigl setpgid setpgrp setregid setresgid setresuid setreuid setsid sets
 setusershell setvbuf shutdown sigaction sigevent signal signgam significand significandf significandl sin sincos
 sincosf sincosf128 sincosf32 sincosf32x sincosf64 sincosf64x sincosl sinf sinf128 sinf32 sinf32x sinf64 sinf64x sinh
 sinhf sinhf128 sinhf32 sinhf32x sinhf64 sinhf64x sinhl sinl sinpi sinpif sinpif128 sinpif32 sinpif32x sinpif64
-sinpif64x sinpil sleep snprintf socket sprintf sqrt sqrtf sqrtf128 sqrtf32 sqrtf32x sqrtf64 sqrtf64x sqrtl srand
-srand48 srandom sscanf stat statfs statvfs syslog system time times timespec timeval timezone tm umask utime wait
+sinpif64x sinpil sleep snprintf socket splice sprintf sqrt sqrtf sqrtf128 sqrtf32 sqrtf32x sqrtf64 sqrtf64x sqrtl
+srand srand48 srandom sscanf stat statfs statvfs stderr stdin stdout stpcpy stpncpy strcasecmp strcasestr strcat
+strchr strchrnul strcmp strcoll strcpy strcspn strdup strerror strfromd strfromf strfromf128 strfromf32 strfromf32x
+strfromf64 strfromf64x strfroml strfry strftime strlcat strlcpy strlen strncasecmp strncat strncmp strncpy strndup
+strnlen strpbrk strptime strrchr strsep strsignal strspn strstr strtod strtof strtof128 strtof32 strtof32x strtof64
+strtof64x strtok strtol strtold strtoll strtoq strtoul strtoull strtouq strverscmp strxfrm swab swprintf swscanf
+symlink symlinkat sync syncfs syscall sysconf syslog system tan tanf tanf128 tanf32 tanf32x tanf64 tanf64x tanh
+tanhf tanhf128 tanhf32 tanhf32x tanhf64 tanhf64x tanhl tanl tanpi tanpif tanpif128 tanpif32 tanpif32x tanpif64
+tanpif64x tanpil tcgetpgrp tcsetpgrp tempnam textdomain tgamma tgammaf tgammaf128 tgammaf32 tgammaf32x tgammaf64
+tgammaf64x tgammal time timegm timelocal times timespec timeval timex timezone tm tmpfile tmpfile64 tmpnam toascii
+tolower totalorder totalorderf totalorderf128 totalorderf32 totalorderf32x totalorderf64 totalorderf64x totalorderl
+totalordermag totalordermagf totalordermagf128 totalordermagf32 totalordermagf32x totalordermagf64 totalordermagf64x
+totalordermagl toupper towctrans towlower towupper trunc truncate truncate64 truncf truncf128 truncf32 truncf32x
+truncf64 truncf64x truncl ttyname ttyslot tzname tzset ualarm ufromfp ufromfpf ufromfpf128 ufromfpf32 ufromfpf32x
+ufromfpf64 ufromfpf64x ufromfpl ufromfpx ufromfpxf ufromfpxf128 ufromfpxf32 ufromfpxf32x ufromfpxf64 ufromfpxf64x
+ufromfpxl uint ulong umask ungetc ungetwc unlink unlinkat unlockpt unsetenv unshare uselocale ushort usleep utime
+utimes valloc vasprintf vdprintf vfork vfprintf vfscanf vfwprintf vfwscanf vhangup vprintf vscanf vsnprintf vsprintf
+vsscanf vswprintf vswscanf vwprintf vwscanf wait wcpcpy wcpncpy wcrtomb wcscasecmp wcscat wcschr wcschrnul wcscmp
+wcscoll wcscpy wcscspn wcsdup wcsftime wcslcat wcslcpy wcslen wcsncasecmp wcsncat wcsncmp wcsncpy wcsnlen wcsnrtombs
+wcspbrk wcsrchr wcsrtombs wcsspn wcsstr wcstod wcstof wcstof128 wcstof32 wcstof32x wcstof64 wcstof64x wcstok wcstol
+wcstold wcstoll wcstombs wcstoq wcstoul wcstoull wcstouq wcswcs wcswidth wcsxfrm wctob wctomb wctrans wctype wcwidth
+wmemchr wmemcmp wmemcpy wmemmove wmempcpy wmemset wprintf write wscanf y0 y0f y0f128 y0f32 y0f32x y0f64 y0f64x y0l
+y1 y1f y1f128 y1f32 y1f32x y1f64 y1f64x y1l yn ynf ynf128 ynf32 ynf32x ynf64 ynf64x ynl
 )";
 
 std::unordered_set<std::string> wordsOf(const char* text)
