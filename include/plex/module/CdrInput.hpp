@@ -232,7 +232,7 @@ void reset(T& member)
 template <class T, class Initial>
 void reset(T& member, const Initial& initial)
 {
-    member = initial;
+    member = static_cast<T>(initial); // a small number is given as an int
 }
 
 template <class T>

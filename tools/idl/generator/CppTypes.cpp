@@ -213,7 +213,8 @@ std::string quoted(std::string_view text)
     std::string result = "\"";
     for (const char c : text) {
         const auto code = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\') {
+        const bool isTrigraph = c == '?' && result.ends_with('?'); // or may become one
+        if (c == '"' || c == '\\' || isTrigraph) {
             result += {'\\', c};
         } else if (c == '\n') {
             result += "\\n";
