@@ -29,7 +29,8 @@ void make(PlainPeer& peer, const PeerQos& qos, bool isWriter)
 /// that do not; "drop" deletes all.
 void obey(const ovra::plex::Uri& uri)
 {
-    // One that is killed leaves its shared memory. NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread
+    // One that is killed leaves its shared memory. NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other
+    // thread
     setenv("FASTDDS_BUILTIN_TRANSPORTS", "UDPv4", 1);
     PlainPeer peer(uri, "another process", lease);
     std::size_t number = 0;
