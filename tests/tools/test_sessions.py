@@ -156,6 +156,7 @@ def normal(session):
             line = re.sub(r"fault=(\"[^\"]*\"|null)", "fault=null", line)
             line = re.sub(r"\b[0-9a-f:]+::[0-9a-f:]*(%\w+)?|fe80::[0-9a-f:%\w]*", "N", line)
             line = re.sub(r"[#▁▂▃▄▅▆▇█]+", "", line)
+            line = re.sub(r"Fast DDS [\d.]+", "Fast DDS", line)  # of generation 2 none is told
             line = re.sub(r"\d+(?:[:.T-]\d+)*Z?", "N", line)
             line = re.sub(r"\bN (?:[mµn]?s|[kMG]?B)\b", "N U", line)
             line = re.sub(r"\b(\w+?)s?\b", r"\1", re.sub(r"[\s,]+", " ", line)).strip()
