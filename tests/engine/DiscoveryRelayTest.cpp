@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -81,7 +83,7 @@ private:
 TEST(DiscoveryRelayTest, HandsOverWhatIsStillThere)
 {
     fastdds::DiscoveryRelay relay;
-    for (const std::uint8_t number : {1, 2}) {
+    for (const std::uint8_t number : std::array<std::uint8_t, 2>{1, 2}) {
         relay.announced(participant(number));
         relay.announced(endpoint(number, 1));
         relay.announced(endpoint(number, 2));
