@@ -54,7 +54,8 @@ public:
     {
         const std::lock_guard lock(records().mutex);
         const auto entry = records().byParticipant.find(participant_.get());
-        if (entry != records().byParticipant.end() && entry->second.watched.expired() &&
+        const bool isListener = participant_->get_listener() == discovery_.get();
+        if (entry != records().byParticipant.end() && entry->second.watched.expired() && isListener &&
             !entry->second.isKept) {
             participant_->set_listener(nullptr, dds::StatusMask::none());
         }
