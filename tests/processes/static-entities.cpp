@@ -5,8 +5,6 @@
 #include <vexstubif/AltAz.hpp>
 
 #include <iostream>
-#include <string>
-#include <unistd.h>
 
 namespace
 {
@@ -23,7 +21,8 @@ std::unique_ptr<ovra::plex::ps::Subscription> subscription;
 int main()
 {
     const auto plex = ovra::plex::Plex::create();
-    const ovra::plex::Uri uri("dds+ps://" + std::to_string(1 + getpid() % 90) + "/processes/static");
+    // A domain of its own: Fast DDS may crash if somebody announces himself as the process exits.
+    const ovra::plex::Uri uri("dds+ps://186/processes/static");
     publisher = plex->createPublisher<AltAz>(uri);
     subscriber = plex->createSubscriber<AltAz>(uri);
     mrvSubscriber = plex->createMrvSubscriber<AltAz>(uri);
