@@ -196,6 +196,7 @@ void SubscriptionManager<T, ST>::remove(Turn& turn, Registry<Info>& registry, co
         const std::lock_guard lock(mutex_);
         record = registry.remove(id);
         if (record) {
+            record->ended = true; // before removeAll() can miss it
             forgetFilter(record->filter);
         }
     }
@@ -220,6 +221,7 @@ void SubscriptionManager<T, ST>::removeAll(Turn& turn, Registry<Info>& registry)
             record->function = nullptr; // as in remove()
         }
     }
+    turn.awaitCalls(); // of those that other threads are ending
 }
 
 template <class T, class ST>
