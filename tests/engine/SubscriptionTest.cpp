@@ -2,6 +2,8 @@
 #include "CallbackTest.hpp"
 
 #include <atomic>
+#include <exception>
+#include <future>
 #include <thread>
 
 namespace plex::test
@@ -294,5 +296,37 @@ TEST_P(HandleTest, CallbackMayOwnAnotherSubscriptionOfItsKind)
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, HandleTest, testing::ValuesIn(allKinds), testing::PrintToStringParamName());
+
+TEST_F(SubscriptionTest, ClosingTheSubscriberWaitsForACallThatAnotherThreadEnds)
+{
+    const auto publisher = EntityTest::publisher();
+    const auto subscriber = EntityTest::subscriber();
+    std::promise<void> release;
+    std::atomic<bool> runs = false;
+    std::atomic<bool> finished = false;
+    const auto subscription = subscriber->subscribeAsync(Filter(), [&](Reader&, const Event&) {
+        runs = true;
+        release.get_future().wait();
+        finished = true;
+    });
+    const auto publishing = std::async(std::launch::async, [&] { publisher->publish(*position(1), 0ms); });
+    EXPECT_TRUE(waitFor([&] { return runs.load(); }));
+    const auto ending = std::async(std::launch::async, [&] { subscription->close(); });
+    EXPECT_TRUE(waitFor([&] { // it is no longer registered, so that its filter is free
+        try {
+            subscriber->subscribeAsync(Filter(), [](Reader&, const Event&) {})->close();
+            return true;
+        } catch (const std::exception&) {
+            return false;
+        }
+    }));
+    auto closing = std::async(std::launch::async, [&] {
+        subscriber->close();
+        return finished.load();
+    });
+    closing.wait_for(100ms); // it is not to end before the call does
+    release.set_value();
+    EXPECT_TRUE(closing.get());
+}
 
 } // namespace plex::test
