@@ -22,10 +22,10 @@ Plex::Properties plainProperties()
     return {{"dds.module.path", MODULE_DIRECTORY}};
 }
 
-Plex::Properties reliableProperties()
+Plex::Properties reliableProperties(const std::string& profiles = PROFILE_FILE)
 {
     auto result = plainProperties();
-    result["dds.qos.profile.file"] = PROFILE_FILE;
+    result["dds.qos.profile.file"] = profiles;
     result["dds.qos.profile.library"] = "reliable";
     return result;
 }
@@ -275,8 +275,9 @@ void Traffic::publish()
     }
 }
 
-RemotePublisher::RemotePublisher(const Uri& uri, int source)
-    : process_({"--publish", uri.string(), std::to_string(source)})
+RemotePublisher::RemotePublisher(const Uri& uri, int source, Over over)
+    : process_({"--publish", uri.string(), std::to_string(source),
+                over == Over::Udp ? UDP_PROFILE_FILE : PROFILE_FILE})
 {
 }
 
@@ -292,9 +293,9 @@ void RemotePublisher::kill()
     process_.exitStatus(15s);
 }
 
-void runRemotePublisher(const std::string& uri, int source)
+void runRemotePublisher(const std::string& uri, int source, const std::string& profiles)
 {
-    const auto plex = Plex::create(reliableProperties());
+    const auto plex = Plex::create(reliableProperties(profiles));
     const auto publisher = plex->createPublisher<AltAz>(Uri(uri));
     pollfd input{STDIN_FILENO, POLLIN, 0};
     long number = 0;

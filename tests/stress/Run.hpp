@@ -207,7 +207,11 @@ private:
 class RemotePublisher
 {
 public:
-    RemotePublisher(const Uri& uri, int source);
+    /// How it reaches others. One that is to be killed has UDP only: what Fast DDS shares with a process that
+    /// is killed can hold up the others for seconds, which is nothing that this program could find.
+    enum class Over { SharedMemory, Udp };
+
+    RemotePublisher(const Uri& uri, int source, Over over = Over::SharedMemory);
 
     /// Has it close its publisher and end. @returns whether it ended well.
     bool finish();
@@ -220,6 +224,6 @@ private:
 };
 
 /// What the other process does.
-void runRemotePublisher(const std::string& uri, int source);
+void runRemotePublisher(const std::string& uri, int source, const std::string& profiles);
 
 } // namespace plex::test::stress

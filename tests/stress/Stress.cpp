@@ -175,8 +175,8 @@ int run(const std::vector<std::string>& arguments)
     if (std::ranges::find(arguments, "--list") != arguments.end()) {
         return listCases();
     }
-    if (command == "--publish" && arguments.size() == 3) {
-        runRemotePublisher(arguments[1], std::stoi(arguments[2]));
+    if (command == "--publish" && arguments.size() == 4) {
+        runRemotePublisher(arguments[1], std::stoi(arguments[2]), arguments[3]);
         return 0;
     }
     if (command == "--case" && arguments.size() == 5) {

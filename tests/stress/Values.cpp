@@ -164,12 +164,14 @@ namespace
 /// A publisher of another process, which is heard a while, and then closes or is killed.
 void hearOne(Run& run, const Listeners& listeners, int source, Random& random)
 {
-    RemotePublisher remote(run.uri(), source);
+    const bool isToBeKilled = random() % 2 == 0;
+    RemotePublisher remote(run.uri(), source,
+                           isToBeKilled ? RemotePublisher::Over::Udp : RemotePublisher::Over::SharedMemory);
     if (!waitFor([&] { return listeners.count(source) > 0; }, soon)) {
         run.find("another process is not heard");
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(random() % 200)); // its life
-    if (random() % 2 == 0) {
+    if (isToBeKilled) {
         remote.kill();
         return;
     }
