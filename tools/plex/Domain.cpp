@@ -64,7 +64,7 @@ dds::DomainParticipantQos qosOf(dds::DomainParticipantFactory& factory, const st
     // Others answer an announcement at once; some answers come before there is anybody who listens.
     qos.wire_protocol().builtin.discovery_config.initial_announcements.count = 10;
     lengthenQueues(qos);
-    sendNoLeftovers(qos);
+    mendSharedMemory(qos);
     return qos;
 }
 

@@ -113,7 +113,7 @@ dds::DomainParticipant* newParticipant(const ParticipantWish& wish, fastdds::Dis
     if (fastdds::code(code) != fastdds::RETCODE_OK) {
         return nullptr;
     }
-    sendNoLeftovers(qos);
+    mendSharedMemory(qos);
     if (looks) {
         startup::checkOnce(domain, qos);
     }

@@ -2,6 +2,7 @@
 #include "SharedMemory.hpp"
 
 #include <plex/fastdds/Generation.hpp>
+#include <plex/fastdds/Transports.hpp>
 
 #ifdef PLEX_FASTDDS_SENDS_LEFTOVERS
 
@@ -15,7 +16,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 namespace ovra::plex
@@ -43,11 +48,28 @@ bool isStatistics(const rtps::NetworkBuffer& buffer)
     return header.kind == 0x80 && header.length == buffer.size - sizeof header;
 }
 
-/// Sends messages without their statistics, and so with the length that they have.
-class ExactTransport final : public rtps::ChainingTransport
+/// Sends messages without their statistics, and so with the length that they have; and into the queues that
+/// processes have now, not into those that killed ones had before them.
+///
+/// Fast DDS keeps a queue that it has once opened. A process that takes a killed one's place makes a new
+/// queue under the same name, and those who have opened the old one go on to fill that. So all queues are
+/// opened anew, by another transport, when a process announces itself whose queue is another one than that
+/// known by its name.
+///
+/// Threads: what changes and uses the transport to send through is called under the participant's lock of the
+/// means to send.
+class MendedTransport final : public rtps::ChainingTransport
 {
 public:
     using ChainingTransport::ChainingTransport;
+
+    bool OpenOutputChannel(rtps::SendResourceList& senders, const rtps::Locator_t& locator) override
+    {
+        if (IsLocatorSupported(locator) && isQueueReplaced(locator.port)) {
+            renew(locator);
+        }
+        return ChainingTransport::OpenOutputChannel(senders, locator);
+    }
 
     rtps::TransportDescriptorInterface* get_configuration() override
     {
@@ -58,6 +80,9 @@ public:
               std::uint32_t totalBytes, rtps::LocatorsIterator* begin, rtps::LocatorsIterator* end,
               const std::chrono::steady_clock::time_point& timeout) override
     {
+        if (renewed_.transport != nullptr) {
+            sender = renewed_.senders.front().get();
+        }
         if (buffers.empty() || !isStatistics(buffers.back())) {
             return sender->send(buffers, totalBytes, begin, end, timeout);
         }
@@ -70,17 +95,46 @@ public:
     {
         receiver->OnDataReceived(data, size, local, remote);
     }
+
+private:
+    struct Output {
+        std::unique_ptr<rtps::TransportInterface> transport;
+        rtps::SendResourceList senders;
+    };
+
+    /// Whether the queue of that number is another one than when this was last asked.
+    bool isQueueReplaced(std::uint32_t port)
+    {
+        const auto path =
+            std::string("/dev/shm/") + fastdds::sharedMemoryPrefix + "port" + std::to_string(port);
+        struct stat file{};
+        const auto now = stat(path.c_str(), &file) == 0 ? file.st_ino : 0;
+        const auto before = std::exchange(queues_[port], now);
+        return before != 0 && before != now;
+    }
+
+    void renew(const rtps::Locator_t& locator)
+    {
+        Output output;
+        output.transport.reset(low_level_transport_->get_configuration()->create_transport());
+        if (output.transport->init() && output.transport->OpenOutputChannel(output.senders, locator)) {
+            std::swap(renewed_, output);
+        }
+    }
+
+    std::map<std::uint32_t, ino_t> queues_; ///< the files of those that were asked for; 0 for none
+    Output renewed_;                        ///< empty while no queue was replaced
 };
 
-struct ExactTransportDescriptor final : rtps::ChainingTransportDescriptor {
+struct MendedTransportDescriptor final : rtps::ChainingTransportDescriptor {
     using ChainingTransportDescriptor::ChainingTransportDescriptor;
 
-    rtps::TransportInterface* create_transport() const override { return new ExactTransport(*this); }
+    rtps::TransportInterface* create_transport() const override { return new MendedTransport(*this); }
 };
 
 /// Of the type by which Fast DDS knows the settings of shared memory.
-struct ExactSharedMemory final : rtps::SharedMemTransportDescriptor {
-    explicit ExactSharedMemory(const SharedMemTransportDescriptor& settings)
+struct MendedSharedMemory final : rtps::SharedMemTransportDescriptor {
+    explicit MendedSharedMemory(const SharedMemTransportDescriptor& settings)
         : SharedMemTransportDescriptor(settings)
     {
     }
@@ -88,7 +142,7 @@ struct ExactSharedMemory final : rtps::SharedMemTransportDescriptor {
     rtps::TransportInterface* create_transport() const override
     {
         const auto lower = std::make_shared<SharedMemTransportDescriptor>(*this);
-        return ExactTransportDescriptor(lower).create_transport();
+        return MendedTransportDescriptor(lower).create_transport();
     }
 };
 
@@ -102,7 +156,7 @@ bool environmentMayChooseTransports()
 
 } // namespace
 
-void sendNoLeftovers(eprosima::fastdds::dds::DomainParticipantQos& qos)
+void mendSharedMemory(eprosima::fastdds::dds::DomainParticipantQos& qos)
 {
     if (qos.transport().use_builtin_transports && !environmentMayChooseTransports()) {
         qos.setup_transports(rtps::BuiltinTransports::DEFAULT);
@@ -110,7 +164,7 @@ void sendNoLeftovers(eprosima::fastdds::dds::DomainParticipantQos& qos)
     for (auto& transport : qos.transport().user_transports) {
         if (const auto* const sharedMemory =
                 dynamic_cast<const rtps::SharedMemTransportDescriptor*>(transport.get())) {
-            transport = std::make_shared<ExactSharedMemory>(*sharedMemory);
+            transport = std::make_shared<MendedSharedMemory>(*sharedMemory);
         }
     }
 }
@@ -119,6 +173,6 @@ void sendNoLeftovers(eprosima::fastdds::dds::DomainParticipantQos& qos)
 
 #else
 
-void ovra::plex::sendNoLeftovers(eprosima::fastdds::dds::DomainParticipantQos& /*qos*/) {}
+void ovra::plex::mendSharedMemory(eprosima::fastdds::dds::DomainParticipantQos& /*qos*/) {}
 
 #endif
