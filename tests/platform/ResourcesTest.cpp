@@ -5,7 +5,6 @@
 #include <plex/Plex.hpp>
 #include <vexstubif/AltAz.hpp>
 
-#include <fastdds/dds/log/Log.hpp>
 #include <gtest/gtest.h>
 
 #include <ProcessResources.hpp>
@@ -39,12 +38,8 @@ using vexstubif::AltAz;
 class FailedCall : public testing::Test
 {
 protected:
-    /// Fast DDS keeps some things for the process from the first participant and the first log record on.
-    FailedCall()
-    {
-        plex_->createPublisher<AltAz>(testUri());
-        EPROSIMA_LOG_ERROR(PLEX_TESTS, "Starts the thread that logs");
-    }
+    /// Fast DDS keeps some things for the process from the first participant on.
+    FailedCall() { plex_->createPublisher<AltAz>(testUri()); }
 
     void expectNothingLeft(const std::function<void()>& call) const
     {

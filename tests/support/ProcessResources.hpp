@@ -41,13 +41,14 @@ inline std::string threadName(const std::filesystem::path& task)
     return name;
 }
 
-/// Without the thread for changes of status, which lives while there are any.
+/// Without the thread for changes of status, which lives while there are any, and the one that Fast DDS keeps
+/// from its first log record on.
 inline ProcessResources processResources()
 {
     using Entries = std::filesystem::directory_iterator;
     const auto isCounted = [](const auto& task) {
         const auto name = threadName(task.path());
-        return !name.empty() && name != "plex-status";
+        return !name.empty() && name != "plex-status" && name != "dds.log";
     };
     return {static_cast<std::size_t>(std::count_if(Entries("/proc/self/task"), Entries(), isCounted)),
             static_cast<std::size_t>(std::distance(Entries("/proc/self/fd"), Entries()))};
