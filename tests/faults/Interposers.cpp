@@ -33,7 +33,7 @@ using ovra::plex::fastdds::DdsReturnCode;
 using ovra::plex::fastdds::DdsSample;
 using ovra::plex::fastdds::Duration_t;
 using ovra::plex::fastdds::InstanceHandle_t;
-using ovra::plex::fastdds::PayloadPool;
+using ovra::plex::fastdds::IPayloadPool;
 using ovra::plex::fastdds::ReturnCode;
 using ovra::plex::fastdds::Time_t;
 using plex::test::Disturbance;
@@ -239,17 +239,17 @@ DdsReturnCode DomainParticipant::delete_subscriber(const Subscriber* subscriber)
 }
 
 DataWriter* Publisher::create_datawriter(Topic* topic, const DataWriterQos& qos, DataWriterListener* listener,
-                                         const StatusMask& mask, std::shared_ptr<PayloadPool> pool)
+                                         const StatusMask& mask, std::shared_ptr<IPayloadPool> pool)
 {
     using Signature = DataWriter*(Topic*, const DataWriterQos&, DataWriterListener*, const StatusMask&,
-                                  std::shared_ptr<PayloadPool>);
+                                  std::shared_ptr<IPayloadPool>);
     return call("Publisher::create_datawriter", overload<Signature>(&Publisher::create_datawriter), this,
                 topic, qos, listener, mask, pool);
 }
 
 DataWriter* Publisher::create_datawriter_with_profile(Topic* topic, const std::string& profile,
                                                       DataWriterListener* listener, const StatusMask& mask,
-                                                      std::shared_ptr<PayloadPool> pool)
+                                                      std::shared_ptr<IPayloadPool> pool)
 {
     return call("Publisher::create_datawriter_with_profile", &Publisher::create_datawriter_with_profile, this,
                 topic, profile, listener, mask, pool);
@@ -299,17 +299,17 @@ DdsReturnCode DataWriter::wait_for_acknowledgments(const Duration_t& timeout)
 
 DataReader* Subscriber::create_datareader(TopicDescription* topic, const DataReaderQos& qos,
                                           DataReaderListener* listener, const StatusMask& mask,
-                                          std::shared_ptr<PayloadPool> pool)
+                                          std::shared_ptr<IPayloadPool> pool)
 {
     using Signature = DataReader*(TopicDescription*, const DataReaderQos&, DataReaderListener*,
-                                  const StatusMask&, std::shared_ptr<PayloadPool>);
+                                  const StatusMask&, std::shared_ptr<IPayloadPool>);
     return call("Subscriber::create_datareader", overload<Signature>(&Subscriber::create_datareader), this,
                 topic, qos, listener, mask, pool);
 }
 
 DataReader* Subscriber::create_datareader_with_profile(TopicDescription* topic, const std::string& profile,
                                                        DataReaderListener* listener, const StatusMask& mask,
-                                                       std::shared_ptr<PayloadPool> pool)
+                                                       std::shared_ptr<IPayloadPool> pool)
 {
     return call("Subscriber::create_datareader_with_profile", &Subscriber::create_datareader_with_profile,
                 this, topic, profile, listener, mask, pool);

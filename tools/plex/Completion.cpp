@@ -59,7 +59,7 @@ std::string escaped(std::string_view text, std::string_view characters, const st
 }
 
 /// A text between single quotes, as bash and zsh read it.
-std::string quoted(const std::string& text)
+std::string inQuotes(const std::string& text)
 {
     std::string result = "'";
     for (const char c : text) {
@@ -83,7 +83,7 @@ std::string filled(std::string text, const std::vector<std::pair<std::string, st
 std::string bashReply(const OptionText& option)
 {
     if (!option.choices.empty()) {
-        return "COMPREPLY=($(compgen -W " + quoted(joined(option.choices, " ")) + " -- \"$current\"))";
+        return "COMPREPLY=($(compgen -W " + inQuotes(joined(option.choices, " ")) + " -- \"$current\"))";
     }
     if (option.argument == "FILE") {
         return "compopt -o filenames 2>/dev/null; mapfile -t COMPREPLY < <(compgen -f -- \"$current\")";
@@ -103,8 +103,8 @@ std::string bashCase(const CommandText& command)
             text += "        " + joined(option->names, "|") + ") " + bashReply(*option) + "; return ;;\n";
         }
     }
-    text += "        esac\n        options=" + quoted(namesOf(options, false)) +
-            "\n        [[ $current == -* ]] || case $(_plex_position " + quoted(namesOf(options, true)) +
+    text += "        esac\n        options=" + inQuotes(namesOf(options, false)) +
+            "\n        [[ $current == -* ]] || case $(_plex_position " + inQuotes(namesOf(options, true)) +
             ") in\n";
     const auto arguments = argumentsOf(command);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -166,7 +166,7 @@ std::string bashScript(const ProgramText& text)
     }
     words.push_back(namesOf(namedOptions(text.program), false));
     return filled(bashTemplate,
-                  {{"@TOPICS@", topicsCommand}, {"@WORDS@", quoted(joined(words, " "))}, {"@CASES@", cases}});
+                  {{"@TOPICS@", topicsCommand}, {"@WORDS@", inQuotes(joined(words, " "))}, {"@CASES@", cases}});
 }
 
 // --- zsh ---------------------------------------------------------------------------------------------------
@@ -199,7 +199,7 @@ std::string zshSpecification(const OptionText& option)
         const std::string exclusive = option.isRepeated ? "*" : "(" + joined(option.names, " ") + ")";
         const std::string argument = option.argument.empty() ? "" : zshArgument(option);
         text.append(" ").append(
-            quoted(std::string(exclusive).append(name).append(description).append(argument)));
+            inQuotes(std::string(exclusive).append(name).append(description).append(argument)));
     }
     return text;
 }
@@ -213,7 +213,7 @@ std::string zshArguments(const CommandText& command)
     const auto arguments = argumentsOf(command);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string place = arguments[i]->isRepeated ? "*" : std::to_string(i + 1);
-        text += " \\\n            " + quoted(place + zshArgument(*arguments[i]));
+        text += " \\\n            " + inQuotes(place + zshArgument(*arguments[i]));
     }
     return text;
 }
@@ -259,7 +259,7 @@ std::string zshScript(const ProgramText& text)
     std::string cases;
     for (const auto& command : text.commands) {
         commands +=
-            "        " + quoted(command.name + ":" + escaped(command.description, ":\\", "\\")) + "\n";
+            "        " + inQuotes(command.name + ":" + escaped(command.description, ":\\", "\\")) + "\n";
         cases += "        " + command.name + ")\n            " + zshArguments(command) + " ;;\n";
     }
     std::string options;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RawReader.hpp"
 
+#include "BoundedPool.hpp"
 #include "Failure.hpp"
 #include "Interrupt.hpp"
 #include "Output.hpp"
@@ -23,7 +24,8 @@ namespace ovra::plex::tool
 namespace
 {
 
-constexpr std::int32_t mostWaiting = 10'000; ///< samples of an instance: the memory of a reader is bounded
+constexpr std::int32_t mostWaiting = 10'000;             ///< samples of an instance
+constexpr std::size_t largestWaiting = 256'000'000;      ///< bytes, of the samples of all readers
 constexpr std::int32_t mostInstances = 10'000;
 constexpr std::int32_t mostTaken = 4096; ///< at once, and then in the order in which they came
 constexpr std::int32_t allocated = 100;  ///< samples at first
@@ -56,6 +58,13 @@ dds::SubscriberQos subscriberQos()
     qos.partition().push_back("");
     qos.partition().push_back("*");
     return qos;
+}
+
+/// Bounds the memory of a program that does not get rid of what it takes, as it writes into a blocked pipe.
+const std::shared_ptr<BoundedPool>& poolOfAllReaders()
+{
+    static const auto pool = std::make_shared<BoundedPool>(largestWaiting);
+    return pool;
 }
 
 template <class Entity>
@@ -187,7 +196,9 @@ void RawReader::create(const std::vector<fastdds::AnnouncedEndpoint>& writers, b
     dds::TypeSupport(new RawType(type_, keyed_, keepsBytes)).register_type(&participant_);
     ddsTopic_ = checked(participant_.create_topic(topic_, type_, dds::TOPIC_QOS_DEFAULT), "topic", topic_);
     subscriber_ = checked(participant_.create_subscriber(subscriberQos()), "subscriber", topic_);
-    reader_ = checked(subscriber_->create_datareader(ddsTopic_, readerQos(writers)), "reader", topic_);
+    reader_ = checked(subscriber_->create_datareader(ddsTopic_, readerQos(writers), nullptr,
+                                                     dds::StatusMask::all(), poolOfAllReaders()),
+                      "reader", topic_);
     reader_->get_statuscondition().set_enabled_statuses(dds::StatusMask::data_available());
 }
 

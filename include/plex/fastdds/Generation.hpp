@@ -30,6 +30,7 @@
 #include <fastdds/rtps/history/IPayloadPool.hpp>
 #include <fastdds/utils/md5.hpp>
 #else
+#include <fastdds/rtps/common/CacheChange.h>
 #include <fastdds/rtps/common/InstanceHandle.h>
 #include <fastdds/rtps/common/SerializedPayload.h>
 #include <fastdds/rtps/common/Time_t.h>
@@ -103,7 +104,7 @@ using MD5 = eprosima::fastdds::MD5;
 using HistoryMemory = eprosima::fastdds::rtps::MemoryManagementPolicy;
 using DdsReturnCode = eprosima::fastdds::dds::ReturnCode_t; ///< what DDS's own operations return
 using DdsSample = const void*;                              ///< what its write operations take
-using PayloadPool = eprosima::fastdds::rtps::IPayloadPool;
+using IPayloadPool = eprosima::fastdds::rtps::IPayloadPool;
 
 inline bool isInfinite(const Duration_t& duration)
 {
@@ -122,6 +123,45 @@ inline auto& representationOf(eprosima::fastdds::dds::DataReaderQos& qos) noexce
 {
     return qos.representation();
 }
+
+/// A pool of payloads with the names of both generations.
+class PayloadPool : public IPayloadPool
+{
+public:
+    /// Sets data and max_size, at least to that size, for one owner. @returns false where no memory is to be
+    /// had.
+    virtual bool reserve(std::uint32_t size, SerializedPayload_t& payload) = 0;
+
+    /// Makes another payload of the same memory, which has one owner more then.
+    virtual void share(const SerializedPayload_t& payload, SerializedPayload_t& another) noexcept = 0;
+
+    /// Clears the payload; with its last owner goes the memory.
+    virtual void release(SerializedPayload_t& payload) noexcept = 0;
+
+    bool get_payload(std::uint32_t size, SerializedPayload_t& payload) final
+    {
+        const bool isReserved = reserve(size, payload);
+        payload.payload_owner = isReserved ? this : nullptr;
+        return isReserved;
+    }
+
+    bool get_payload(const SerializedPayload_t& data, SerializedPayload_t& payload) final
+    {
+        if (data.payload_owner != this) {
+            return get_payload(data.length, payload) && payload.copy(&data, true);
+        }
+        share(data, payload);
+        payload.payload_owner = this;
+        return true;
+    }
+
+    bool release_payload(SerializedPayload_t& payload) final
+    {
+        release(payload);
+        payload.payload_owner = nullptr;
+        return true;
+    }
+};
 
 /// A topic data type with the names of both generations. Those of 2.14 are to be overridden; those of 3 come
 /// down to them.
@@ -198,7 +238,7 @@ using MD5 = ::MD5;
 using HistoryMemory = eprosima::fastrtps::rtps::MemoryManagementPolicy;
 using DdsReturnCode = eprosima::fastrtps::types::ReturnCode_t; ///< what DDS's own operations return
 using DdsSample = void*;                                       ///< what its write operations take
-using PayloadPool = eprosima::fastrtps::rtps::IPayloadPool;
+using IPayloadPool = eprosima::fastrtps::rtps::IPayloadPool;
 
 inline bool isInfinite(const Duration_t& duration)
 {
@@ -226,6 +266,46 @@ inline auto& representationOf(eprosima::fastdds::dds::DataReaderQos& qos) noexce
 {
     return qos.type_consistency().representation;
 }
+
+/// A pool of payloads with the names of both generations.
+class PayloadPool : public IPayloadPool
+{
+public:
+    /// Sets data and max_size, at least to that size, for one owner. @returns false where no memory is to be
+    /// had.
+    virtual bool reserve(std::uint32_t size, SerializedPayload_t& payload) = 0;
+
+    /// Makes another payload of the same memory, which has one owner more then.
+    virtual void share(const SerializedPayload_t& payload, SerializedPayload_t& another) noexcept = 0;
+
+    /// Clears the payload; with its last owner goes the memory.
+    virtual void release(SerializedPayload_t& payload) noexcept = 0;
+
+    bool get_payload(std::uint32_t size, eprosima::fastrtps::rtps::CacheChange_t& change) final
+    {
+        const bool isReserved = reserve(size, change.serializedPayload);
+        change.payload_owner(isReserved ? this : nullptr);
+        return isReserved;
+    }
+
+    bool get_payload(SerializedPayload_t& data, IPayloadPool*& owner,
+                     eprosima::fastrtps::rtps::CacheChange_t& change) final
+    {
+        if (owner != this) {
+            return get_payload(data.length, change) && change.serializedPayload.copy(&data, true);
+        }
+        share(data, change.serializedPayload);
+        change.payload_owner(this);
+        return true;
+    }
+
+    bool release_payload(eprosima::fastrtps::rtps::CacheChange_t& change) final
+    {
+        release(change.serializedPayload);
+        change.payload_owner(nullptr);
+        return true;
+    }
+};
 
 /// A topic data type with the names of both generations. Those of 2.14 are to be overridden; those of 3 come
 /// down to them.
