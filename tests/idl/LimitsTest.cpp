@@ -63,6 +63,16 @@ TEST(Limits, CostGrowsWithTheLengthOfTheText)
     EXPECT_LT(costOf([&longText] { modelOf(longText); }), 8 * 4 * shortCost + 0.1);
 }
 
+TEST(Limits, AFileIsReadNoFurtherThanIsSensible)
+{
+    const ParseResult endless = parseFile("/dev/zero");
+    EXPECT_EQ(toString(endless.diagnostics), "/dev/zero: error: the file is larger than 16 MB\n");
+    EXPECT_FALSE(endless.model);
+    EXPECT_THAT(complaintsOf("#include \"large.idl\"\nstruct Value { long x; };",
+                             optionsWith({{"large.idl", std::string(16'000'001, ' ')}})),
+                testing::ElementsAre("large.idl:0:0: the file is larger than 16 MB"));
+}
+
 TEST(Limits, LongLinesListsAndNamesAreNoMatter)
 {
     std::string text = "enum E { E0";

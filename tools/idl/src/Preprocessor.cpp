@@ -141,6 +141,11 @@ bool Preprocessor::isText(std::uint32_t file)
 
 void Preprocessor::processFile(std::uint32_t file)
 {
+    if (sources_[file].isTooLarge) {
+        reporter_.error({file, 0, 0}, "the file is larger than " +
+                                          std::to_string(Source::LargestText / 1'000'000) + " MB");
+        throw Abandoned();
+    }
     const auto outer = std::exchange(groups_, {});
     for (const Token& token : tokensOf(file)) {
         process(token);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Source.hpp"
 
+#include <array>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <utility>
 
 namespace ovra::plex::idl
@@ -14,19 +14,23 @@ namespace
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
+/// Of a file that is too large a beginning that is too large as well.
 std::optional<std::string> readFromDisk(const std::string& path)
 {
     std::error_code failed;
     if (std::filesystem::is_directory(path, failed)) {
         return std::nullopt;
     }
-    const std::ifstream file(path, std::ios::binary);
+    std::ifstream file(path, std::ios::binary);
     if (!file) {
         return std::nullopt;
     }
-    std::ostringstream text;
-    text << file.rdbuf();
-    return std::move(text).str();
+    std::string text;
+    std::array<char, 65536> part;
+    while (text.size() <= Source::LargestText && (file.read(part.data(), part.size()), file.gcount() > 0)) {
+        text.append(part.data(), static_cast<std::size_t>(file.gcount()));
+    }
+    return text;
 }
 
 std::string keyOf(const std::string& path)
@@ -66,9 +70,11 @@ std::uint32_t Sources::add(const std::string& path, std::string text, Role role)
         text.erase(0, byteOrderMark.size());
     }
     sources_.push_back(std::make_unique<Source>());
-    sources_.back()->path = path;
-    sources_.back()->text = std::move(text);
-    sources_.back()->included = role == Role::Included;
+    auto& source = *sources_.back();
+    source.path = path;
+    source.isTooLarge = text.size() > Source::LargestText;
+    source.text = source.isTooLarge ? std::string() : std::move(text);
+    source.included = role == Role::Included;
     indices_.emplace(keyOf(path), index);
     return index;
 }

@@ -16,9 +16,12 @@ namespace ovra::plex::idl
 
 /// A text with a name. It does not move while there are tokens that view it.
 struct Source {
+    static constexpr std::size_t LargestText = 16'000'000; ///< bytes; a device may have no end
+
     std::string path;
-    std::string text; ///< without a byte order mark
+    std::string text; ///< without a byte order mark; empty where it is too large
     bool included = false;
+    bool isTooLarge = false;
     bool once = false; ///< `#pragma once` was met
 
     /// The text of a line, without its end; empty where there is no such line. @param number from 1.
