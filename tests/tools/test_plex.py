@@ -372,6 +372,10 @@ class Echo(PlexTest):
         output, errors, code = self.run_plex("echo", topic, "--idl", definition, "--key", "a", "--format",
                                              "{key} {.number}", "--once")
         self.assertEqual((output, code), ("channel=a 258\n", 0), errors)
+        output, errors, code = self.run_plex("echo", topic, "--idl", definition, "--key", "number=258")
+        self.assertEqual((output, code), ("", 2), errors)
+        self.assertIn('--key "number=258": "number" is no member of the key of elsewhere::Reading; write it as '
+                      'member=value\n', errors)
         pub.interrupt()
 
     def test_a_pipe_that_nobody_reads_ends_it(self):

@@ -32,35 +32,43 @@ Json keyOf(const idl::StructType& type, const Json& value)
     return key;
 }
 
-/// The instance that --key names: "upper" where the key has one member, else "name=upper,part=3".
-Filter keyFilter(const std::string& text, const idl::StructType& type)
+/// What --key says of members: "upper" where the key has one member, else "name=upper,part=3".
+std::map<std::string, std::string> parseKey(const std::string& text, const idl::StructType& type)
 {
-    std::map<std::string, std::string> wanted;
     const auto members = allMembers(type);
-    const auto keys = std::ranges::count_if(members, [](const auto* member) { return member->key; });
-    const auto first = std::ranges::find_if(members, [](const auto* member) { return member->key; });
-    if (first == members.end()) {
+    const auto isKey = [](const auto* member) {
+        return member->key;
+    };
+    const auto keys = std::ranges::count_if(members, isKey);
+    if (keys == 0) {
         throw Failure(ExitCode::Usage, type.scopedName + " has no key");
     }
-    if (keys == 1 && !text.starts_with((*first)->name + "=")) {
-        wanted[(*first)->name] = text;
-    } else {
-        for (std::string::size_type begin = 0; begin <= text.size();) {
-            const auto end = std::min(text.find(',', begin), text.size());
-            const auto sign = text.find('=', begin);
-            const auto name = text.substr(begin, std::min(sign, end) - begin);
-            const auto member = std::ranges::find(members, name, [](const auto* each) { return each->name; });
-            if (sign >= end || member == members.end() || !(*member)->key) {
-                std::ostringstream fault;
-                fault << "--key " << std::quoted(text) << ": " << std::quoted(name)
-                      << " is no member of the key of " << type.scopedName
-                      << "; write it as member=value,member=value";
-                throw Failure(ExitCode::Usage, fault.str());
-            }
-            wanted[name] = text.substr(sign + 1, end - sign - 1);
-            begin = end + 1;
-        }
+    if (keys == 1 && text.find('=') == std::string::npos) {
+        return {{(*std::ranges::find_if(members, isKey))->name, text}};
     }
+    std::map<std::string, std::string> wanted;
+    for (std::string::size_type begin = 0; begin <= text.size();) {
+        const auto end = keys == 1 ? text.size() : std::min(text.find(',', begin), text.size());
+        const auto sign = text.find('=', begin);
+        const auto name = text.substr(begin, std::min(sign, end) - begin);
+        const auto member = std::ranges::find(members, name, [](const auto* each) { return each->name; });
+        if (sign >= end || member == members.end() || !(*member)->key) {
+            std::ostringstream fault;
+            fault << "--key " << std::quoted(text) << ": " << std::quoted(name)
+                  << " is no member of the key of " << type.scopedName << "; write it as member=value"
+                  << (keys == 1 ? "" : ",member=value");
+            throw Failure(ExitCode::Usage, fault.str());
+        }
+        wanted[name] = text.substr(sign + 1, end - sign - 1);
+        begin = end + 1;
+    }
+    return wanted;
+}
+
+/// The instance that --key names.
+Filter keyFilter(const std::string& text, const idl::StructType& type)
+{
+    const auto wanted = parseKey(text, type);
     return [wanted](const Json& value) {
         return std::ranges::all_of(wanted, [&](const auto& each) {
             const auto found = value.find(each.first);
