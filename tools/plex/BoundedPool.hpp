@@ -10,8 +10,8 @@
 namespace ovra::plex::tool
 {
 
-/// Payloads of all readers of a program, which together have a largest size: what does not fit is refused, and
-/// so lost. One payload is always had, whatever its size. Any threads may use it at once.
+/// Payloads of all readers of a program, which together have a largest size: what does not fit is refused,
+/// and so lost. One payload is always had, whatever its size. Any threads may use it at once.
 class BoundedPool final : public fastdds::PayloadPool
 {
 public:

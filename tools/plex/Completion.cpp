@@ -165,8 +165,9 @@ std::string bashScript(const ProgramText& text)
         cases += bashCase(command);
     }
     words.push_back(namesOf(namedOptions(text.program), false));
-    return filled(bashTemplate,
-                  {{"@TOPICS@", topicsCommand}, {"@WORDS@", inQuotes(joined(words, " "))}, {"@CASES@", cases}});
+    return filled(
+        bashTemplate,
+        {{"@TOPICS@", topicsCommand}, {"@WORDS@", inQuotes(joined(words, " "))}, {"@CASES@", cases}});
 }
 
 // --- zsh ---------------------------------------------------------------------------------------------------

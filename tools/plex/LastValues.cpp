@@ -31,7 +31,7 @@ std::size_t LastValues::sizeOf(const Value& value)
     return value.payload ? value.payload->size() : 0;
 }
 
-void LastValues::remove(std::deque<Value>::iterator value)
+void LastValues::remove(const std::deque<Value>::iterator& value)
 {
     payloadBytes_ -= sizeOf(*value);
     values_.erase(value);

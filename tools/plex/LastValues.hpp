@@ -44,7 +44,7 @@ private:
     };
 
     static std::size_t sizeOf(const Value& value); ///< of its payload
-    void remove(std::deque<Value>::iterator value);
+    void remove(const std::deque<Value>::iterator& value);
 
     const std::function<std::string(const Payload&)> inWords_;
     std::deque<Value> values_;

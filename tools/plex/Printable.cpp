@@ -25,7 +25,10 @@ std::size_t sizeBehind(unsigned char first)
     if (first < 0xC0 || first >= 0xF8) {
         return 0;
     }
-    return first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (first < 0xE0) {
+        return 2;
+    }
+    return first < 0xF0 ? 3 : 4;
 }
 
 /// The character that a text begins with.

@@ -24,8 +24,8 @@ namespace ovra::plex::tool
 namespace
 {
 
-constexpr std::int32_t mostWaiting = 10'000;             ///< samples of an instance
-constexpr std::size_t largestWaiting = 256'000'000;      ///< bytes, of the samples of all readers
+constexpr std::int32_t mostWaiting = 10'000;        ///< samples of an instance
+constexpr std::size_t largestWaiting = 256'000'000; ///< bytes, of the samples of all readers
 constexpr std::int32_t mostInstances = 10'000;
 constexpr std::int32_t mostTaken = 4096; ///< at once, and then in the order in which they came
 constexpr std::int32_t allocated = 100;  ///< samples at first

@@ -34,7 +34,10 @@ std::string memberInWords(const Json& value, bool whole)
     }
     if (value.is_string()) {
         const auto& text = value.get_ref<const std::string&>();
-        return whole ? printable(text) : isOneWord(text) ? text : value.dump();
+        if (whole) {
+            return printable(text);
+        }
+        return isOneWord(text) ? text : value.dump();
     }
     if (!value.is_array()) {
         return value.dump();

@@ -142,8 +142,8 @@ bool Preprocessor::isText(std::uint32_t file)
 void Preprocessor::processFile(std::uint32_t file)
 {
     if (sources_[file].isTooLarge) {
-        reporter_.error({file, 0, 0}, "the file is larger than " +
-                                          std::to_string(Source::LargestText / 1'000'000) + " MB");
+        reporter_.error({file, 0, 0},
+                        "the file is larger than " + std::to_string(Source::LargestText / 1'000'000) + " MB");
         throw Abandoned();
     }
     const auto outer = std::exchange(groups_, {});

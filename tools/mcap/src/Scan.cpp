@@ -126,7 +126,7 @@ private:
     {
         bytes_ = load(file_, record, options_);
         auto input = recordsOf(record, bytes_);
-        return nextRecord(input).value().content;
+        return nextRecord(input).value().content; // NOLINT(bugprone-unchecked-optional-access): just loaded
     }
 
     void count(const Message& message, const Input& where, Section& section, bool isFirst)
