@@ -50,7 +50,10 @@ function(plex_check_module_arguments name)
         message(FATAL_ERROR "${call}: there is a module of that name already; all its files belong into one call")
     endif()
     foreach(module IN LISTS arg_MODULES)
-        if(NOT TARGET plex::icd-${module})
+        if(module MATCHES "^plex-(.+)$")
+            message(FATAL_ERROR "${call}: there is no module \"${module}\", which MODULES names; \"${module}\" is a "
+                                "package, its module is called \"${CMAKE_MATCH_1}\"")
+        elseif(NOT TARGET plex::icd-${module})
             message(FATAL_ERROR "${call}: there is no module \"${module}\", which MODULES names; before this call, make it "
                                 "with plex_add_module(${module} …) or find it with find_package(plex-${module})")
         endif()

@@ -196,6 +196,8 @@ refused "there is no file $work/errors/TOPIC, which IDL names; \"TOPIC\" is no a
 refused "$work/errors/other is a folder; IDL names files" 'plex_add_module(good IDL other)'
 refused 'there is no module "nowhere", which MODULES names; before this call, make it with plex_add_module(nowhere …) or
 find it with find_package(plex-nowhere)' 'plex_add_module(good IDL good.idl MODULES nowhere)'
+refused 'there is no module "plex-good", which MODULES names; "plex-good" is a package, its module is called "good"' \
+    'plex_add_module(good IDL good.idl MODULES plex-good)'
 refused 'there is a module of that name already; all its files belong into one call' \
     'plex_add_module(good IDL good.idl)' 'plex_add_module(good IDL two.idl)'
 refused 'letters, digits and underscores; that of a::b is a_b' 'plex_add_module(a::b IDL good.idl)'
