@@ -28,8 +28,8 @@ using ps::internal::isWriter;
 
 // Participants repeat themselves every 100 ms at first, then every 3 s. Whose answer was lost is heard then.
 constexpr auto repetition = 3300ms;
-constexpr auto longestSettling = 3000ms;
-constexpr auto shortestSettling = fastdds::answersReachAll ? 1000ms : longestSettling;
+constexpr auto shortestSettling = fastdds::answersReachAll ? 1000ms : repetition;
+constexpr auto longestSettling = fastdds::answersReachAll ? 3000ms : 4500ms;
 constexpr auto quietTime = 500ms;
 constexpr auto quietTimeOfEach = 10ms; // further, for a participant: many take their turns to answer
 

@@ -65,7 +65,8 @@ public:
     /// What one of its own endpoints announces. @returns nothing: not yet.
     std::optional<fastdds::AnnouncedEndpoint> ownEndpoint(const fastdds::Guid& guid) const;
 
-    /// Waits until announcements have stopped, for 3.3 s at most, or until the command is interrupted.
+    /// Waits until announcements have stopped, for 3 s at most (4.5 s where answers may not
+    /// reach all), or until the command is interrupted.
     void settle();
 
     /// As settle(), but ends as soon as a condition holds. @returns whether it holds.
