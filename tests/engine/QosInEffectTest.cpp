@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "../platform/TemporaryDirectory.hpp"
+#include "ForeignMrvSubscriber.hpp"
 #include "KeyedTest.hpp"
 
 #include <plex/dds/QosInEffect.hpp>
@@ -291,16 +292,7 @@ TEST_F(QosInEffectTest, OfAClosedInstancePublisherIsRefused)
 
 TEST_F(QosInEffectTest, OfAnotherTransportsEntityIsRefused)
 {
-    struct Foreign final : ps::MrvSubscriber<AltAz> {
-        void close() override {}
-
-        std::vector<std::shared_ptr<AltAz>>
-        readMostRecent(const std::chrono::milliseconds& /*timeout*/) override
-        {
-            return {};
-        }
-    } foreign;
-
+    ForeignMrvSubscriber foreign;
     EXPECT_EQ(thrownText<PlexException>([&] { ps::qosInEffect(foreign); }),
               "The entity is not one of the DDS transport, which alone tells its settings");
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "StatusTest.hpp"
 
+#include "ForeignMrvSubscriber.hpp"
+
 #include <algorithm>
 #include <atomic>
 #include <future>
@@ -130,16 +132,7 @@ TEST_F(StatusTest, OfAClosedEntityIsRefused)
 
 TEST_F(StatusTest, OfAnotherTransportsEntityIsRefused)
 {
-    struct Foreign final : ps::MrvSubscriber<AltAz> {
-        void close() override {}
-
-        std::vector<std::shared_ptr<AltAz>>
-        readMostRecent(const std::chrono::milliseconds& /*timeout*/) override
-        {
-            return {};
-        }
-    } foreign;
-
+    ForeignMrvSubscriber foreign;
     EXPECT_EQ(thrownText<PlexException>([&] { ps::status(foreign); }),
               "The entity is not one of the DDS transport, which alone tells a status");
 }
