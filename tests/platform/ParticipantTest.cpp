@@ -32,7 +32,8 @@ using ParticipantPointer = std::shared_ptr<dds::DomainParticipant>;
 
 unsigned otherDomain()
 {
-    return testDomain() == 1 ? 2 : testDomain() - 1;
+    static const ReservedDomain domain;
+    return domain.number();
 }
 
 Uri uriIn(unsigned domain)

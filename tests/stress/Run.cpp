@@ -69,7 +69,7 @@ std::shared_ptr<Plex> Run::makePlex(Plex::Properties properties) const
 Uri Run::uri(const std::string& topic) const
 {
     // In a domain of its own, as it kills processes, which others count.
-    return Uri("dds+ps://101/stress/" + std::to_string(getpid()) + "/" + topic);
+    return Uri("dds+ps://102/stress/" + std::to_string(getpid()) + "/" + topic);
 }
 
 void Run::together(const std::vector<std::function<void()>>& functions)

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <ReservedDomain.hpp>
 #include <string>
 #include <unistd.h>
 
@@ -19,11 +19,11 @@ inline std::string testName()
     return std::string(info->test_suite_name()) + "." + info->name() + "." + std::to_string(getpid());
 }
 
-/// The running test's DDS domain. Low domains only: the ports of higher ones are also handed out by the
-/// kernel for outgoing traffic.
+/// The DDS domain of this process's tests.
 inline unsigned testDomain()
 {
-    return 1 + static_cast<unsigned>(std::hash<std::string>{}(testName()) % 95);
+    static const ReservedDomain domain;
+    return domain.number();
 }
 
 /// A topic that no other test uses. @param topic tells apart the topics of one test.

@@ -197,7 +197,7 @@ class Descriptors(PlexTest):
 class Signals(PlexTest):
     """Signals that are no Ctrl-C."""
 
-    domain = 113
+    domain = 114
 
     def echo(self, **settings):
         """`plex echo` of a topic on which values come."""
