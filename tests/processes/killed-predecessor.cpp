@@ -65,9 +65,11 @@ int hear(bool dies)
             }
             heard = true;
         });
-    return ps::waitForMatched(*subscriber, 1, 20s) && plex::test::waitFor([&] { return heard.load(); }, 2s)
-               ? EXIT_SUCCESS
-               : EXIT_FAILURE;
+    if (!ps::waitForMatched(*subscriber, 1, 60s)) {
+        std::cerr << "the publisher is not discovered\n";
+        return EXIT_FAILURE;
+    }
+    return plex::test::waitFor([&] { return heard.load(); }, 2s) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 /// @returns the status of the child, as of waitpid().
@@ -87,7 +89,7 @@ int publishToSuccessors()
     const auto publisher = plex->createPublisher<AltAz>(ovra::plex::Uri(topic));
     for (int round = 0; round < 2; ++round) {
         if (publishUntilItEnds(*publisher, "die") != SIGKILL) {
-            std::cerr << "the predecessor did not die in its callback\n";
+            std::cerr << "predecessor " << round << " did not die in its callback\n";
             return EXIT_FAILURE;
         }
         if (publishUntilItEnds(*publisher, "live") != 0) {
